@@ -1,0 +1,112 @@
+// A connection to one of the shop's databases.
+//
+// The engine is chosen by the file's content: a file that starts with the SQLite
+// header is opened with the SQLite ODBC driver, any other existing file with the
+// Access driver. A missing file is never created. Statements are written in Access
+// SQL; for SQLite they are rewritten by `Traduire_Access_SQL` before they are sent.
+//
+// A connection works inside one transaction for the whole run: nothing is written to
+// the file before `valider()`, so a run that stops half-way leaves the database as it
+// was. A failing statement changes nothing and leaves the transaction usable.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sv140 {
+
+enum class Moteur { Aucun, SQLite, Access };
+
+/// One field value as read: null, or its text (numbers in their usual decimal form,
+/// Yes/No as -1/0, dates as "YYYY-MM-DD HH:MM:SS").
+struct Valeur {
+    std::optional<std::string> texte;
+
+    bool nul() const { return !texte.has_value(); }
+    /// The text, "" for null.
+    std::string str() const { return texte.value_or(std::string()); }
+    /// The numeric value (the leading number of the text), 0 for null.
+    double nombre() const;
+    /// Yes/No: any non-zero number or "True" is True; null is False.
+    bool booleen() const;
+};
+
+/// The rows a query returned, all read at once (a client-side cursor).
+class Recordset {
+public:
+    Recordset() = default;
+    Recordset(std::vector<std::string> colonnes, std::vector<std::vector<Valeur>> lignes);
+
+    std::size_t RecordCount() const { return lignes_.size(); }
+    bool EOF_() const { return courante_ >= lignes_.size(); }
+    void MoveFirst() { courante_ = 0; }
+    void MoveNext() { ++courante_; }
+    /// A field of the current row by name (case-insensitive, as Access matches
+    /// names). A null value when the name is unknown or there is no current row.
+    Valeur champ(std::string_view nom) const;
+    const std::vector<std::string>& colonnes() const { return colonnes_; }
+
+private:
+    std::vector<std::string> colonnes_;
+    std::vector<std::vector<Valeur>> lignes_;
+    std::size_t courante_ = 0;
+};
+
+class Connexion {
+public:
+    using Journal = std::function<void(std::string_view)>;
+
+    explicit Connexion(Journal journal = {});
+    ~Connexion();  // rolls back what was not validated
+    Connexion(const Connexion&) = delete;
+    Connexion& operator=(const Connexion&) = delete;
+
+    /// Opens an existing database file. False (and a log line) when the file is
+    /// missing, unreadable or the driver refuses it.
+    bool ouvrir(const std::string& chemin);
+    bool ouverte() const;
+    Moteur moteur() const { return moteur_; }
+    const std::string& chemin() const { return chemin_; }
+    void fermer();  // rolls back what was not validated
+
+    /// Runs an insert, update, delete or DDL statement. False (and a log line)
+    /// on failure; the statement then changed nothing.
+    bool Execute(std::string_view sql);
+    /// Runs a query. nullopt (and a log line) on failure.
+    std::optional<Recordset> Ouvrir(std::string_view sql);
+
+    /// Makes the run's writes durable. False (and a log line) on failure.
+    bool valider();
+    /// Drops the writes not yet validated.
+    void annuler();
+
+    /// A unit of work that fails alone: `revenir` drops what it did since
+    /// `point_de_sauvegarde` without touching what came before.
+    bool point_de_sauvegarde(std::string_view nom);
+    bool liberer(std::string_view nom);
+    bool revenir(std::string_view nom);
+
+    /// Text of the last driver error ("" when the last call succeeded).
+    const std::string& derniere_erreur() const { return erreur_; }
+
+    /// The engine a file calls for, by its first 16 bytes (Aucun when missing).
+    static Moteur moteur_du_fichier(const std::string& chemin);
+    /// Creates a new, empty SQLite database file (for sv140-shop only: the bridge
+    /// itself never creates a database). False with `erreur` on failure.
+    static bool creer_sqlite(const std::string& chemin, std::string& erreur);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+    Journal journal_;
+    Moteur moteur_ = Moteur::Aucun;
+    std::string chemin_;
+    std::string erreur_;
+    void journaliser(std::string_view message);
+};
+
+}  // namespace sv140

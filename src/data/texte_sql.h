@@ -1,0 +1,32 @@
+// Values written into SQL statements, and the numeric reading of texts.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sv140 {
+
+/// The quoting rule for text put between single quotes: a null becomes "", every
+/// double quote is doubled, then every single quote is doubled. The argument itself
+/// receives the result, which is also returned.
+std::string Doubler_Apostrophes(std::string& valeur);
+std::string Doubler_Apostrophes(std::optional<std::string>& valeur);
+
+/// Single quotes doubled only: for text written between single quotes that is not
+/// passed through Doubler_Apostrophes (so that no value breaks out of its literal).
+std::string Echapper_Apostrophes(std::string_view valeur);
+
+/// The numeric value of a text: leading blanks skipped, then an optional sign, digits,
+/// a decimal point and an exponent; reading stops at the first character that is not
+/// part of a number; 0 when there is none.
+double Val(std::string_view texte);
+
+/// A number written bare into a statement: whole numbers without a decimal point,
+/// others with '.' and no exponent.
+std::string Nombre_SQL(double valeur);
+
+/// Leading and trailing blanks removed (blanks only, as the host's Trim does).
+std::string Trim(std::string_view texte);
+
+}  // namespace sv140

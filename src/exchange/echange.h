@@ -1,0 +1,38 @@
+// The middleware exchange: the call, the answer file, the response check and the
+// error response.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace sv140 {
+
+struct Run;
+
+/// Ends the run at once, before the archive and the copy of the answer for the host
+/// (the request file vanished under the bridge).
+struct FinBrutale {
+    std::string raison;
+};
+
+/// Sends ZEMO_SvRequest.xml to the middleware and writes its answer to
+/// ZEMO_SvResponse.xml. `taille` 0 means the configured buffer size. Throws
+/// FinBrutale when the request file is missing (after the code 1 error response).
+bool Envoyer_Requete(Run& run, std::string_view operation, long taille);
+/// One middleware call with a request text in Windows-1252.
+bool Executer_ZR(Run& run, const std::string& requete, long taille);
+/// Cleans a middleware answer and writes it to ZEMO_SvResponse.xml.
+void Ecrire_Reponse(Run& run, std::string_view reponse);
+/// The cleaning Ecrire_Reponse applies (cut at the first NUL, document type line
+/// replaced by or dropped beside the declaration, CR LF pairs removed).
+std::string Nettoyer_Reponse(std::string_view reponse);
+/// Writes the error response document over ZEMO_SvResponse.xml.
+void Reponse_Erreur(Run& run, std::string_view code, std::string_view message,
+                    std::string_view appelant);
+/// The response check: True when the answer reports no error.
+bool Lire_Reponse(Run& run);
+
+/// "Impossible de lire ZEMO_SvResponse.xml" under `appelant`, code 99.
+void Reponse_Illisible(Run& run, std::string_view appelant);
+
+}  // namespace sv140

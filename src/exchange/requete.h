@@ -1,0 +1,40 @@
+// The request envelope and the requests that need nothing else.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/xml.h"
+
+namespace sv140 {
+
+struct Run;
+
+/// A request document: declaration, ZRMESSAGE, programme, requete/fonction/<operation>
+/// and its versionMessage. Parameters are appended to `operation()`.
+class Requete {
+public:
+    explicit Requete(std::string_view operation, std::string_view versionMessage = "0001");
+    XmlNoeud& operation() { return operation_; }
+    /// Appends the professional block PS from Lire_Identifiants_PS (written even when
+    /// the identifiers could not be read, with what was found).
+    XmlNoeud ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse);
+    /// Saves ZEMO_SvRequest.xml in the program folder.
+    bool enregistrer(Run& run) const;
+
+private:
+    XmlDocument doc_;
+    XmlNoeud operation_;
+};
+
+void Requete_f_LireCVitale(Run& run);
+void Requete_f_InitialisationPS(Run& run);
+void Requete_f_LireVersion(Run& run);
+void Requete_f_MaJVersion(Run& run);
+void Requete_f_MettreAJourCV(Run& run);
+void Requete_f_LireCPS(Run& run);
+void Requete_f_ListerFactures(Run& run);
+/// The message-recovery request for an answer that did not fit in the buffer.
+void Requete_f_RecupMessage(Run& run, std::string_view ordreEnErreur);
+
+}  // namespace sv140

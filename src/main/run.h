@@ -1,0 +1,49 @@
+// The values of one run of the bridge, created by the entry point and passed to every
+// routine. One run performs one operation.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "data/connexion.h"
+#include "platform/ui.h"
+
+namespace sv140 {
+
+/// The three databases of a run, each opened at most once (by Ouvrir_Connexions) and
+/// validated together at the end of the run.
+struct Connexions {
+    explicit Connexions(Connexion::Journal journal)
+        : hote(journal), temporaire(journal), pont(journal) {}
+    Connexion hote;        // Donnees_32.accdb in the shop's data folder
+    Connexion temporaire;  // Temporaire.accdb beside the program folder
+    Connexion pont;        // SV140.accdb in the shop's data folder
+    bool ouvertes = false;
+};
+
+struct Run {
+    std::string dossier_programme;  // holds the executable and the exchange files
+    std::string Chaine_Command;     // the whole command-line text
+    std::string F_Appel;            // the operation name
+    std::string Chemin;             // the shop's data folder
+    std::string troisieme_mot;      // whatever follows the data folder
+    std::string DB_DONNEES;         // host database
+    std::string DB_sv;              // bridge database
+    std::string DB_temporaire;      // temporary database
+    std::string frontal;            // host front-end path (kept, read by nobody)
+    bool Retour_Reponse = false;
+
+    std::unique_ptr<Ui> ui;
+    std::unique_ptr<Connexions> cnx;
+
+    /// Full path of an exchange file of the program folder.
+    std::string fichier(std::string_view nom) const;
+    /// Writes one line to LogsSV.txt (Ecrire_Log).
+    void log(std::string_view message) const;
+};
+
+/// A run set up for the program folder `dossier`: console or platform interface,
+/// connections not yet opened. Used by the entry point and by tests.
+Run nouveau_run(const std::string& dossier, std::unique_ptr<Ui> ui = nullptr);
+
+}  // namespace sv140

@@ -1,0 +1,70 @@
+// Files, folders, processes, locks and shared libraries: the operating system as the
+// bridge sees it. Paths are UTF-8 text.
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace sv140 {
+
+/// The platform's path separator ('/' on Linux, '\\' on Windows).
+char separateur();
+/// `dossier` + separator + `nom`.
+std::string joindre(std::string_view dossier, std::string_view nom);
+/// The folder holding `chemin` (its last component removed; either separator).
+std::string dossier_parent(std::string_view chemin);
+
+/// The folder of the running executable.
+std::string dossier_programme();
+/// The command-line text as the host passed it, without the program name. On Linux,
+/// the arguments joined with single blanks.
+std::string ligne_de_commande(int argc, char** argv);
+
+bool fichier_existe(const std::string& chemin);
+bool dossier_existe(const std::string& chemin);
+/// Creates one folder (its parent must exist). True when it exists afterwards.
+bool creer_dossier(const std::string& chemin);
+bool supprimer_fichier(const std::string& chemin);
+/// Whole file as bytes; false when it cannot be read.
+bool lire_fichier(const std::string& chemin, std::string& octets);
+/// Replaces the file with these bytes; false on failure.
+bool ecrire_fichier(const std::string& chemin, std::string_view octets);
+/// Appends bytes, creating the file when missing.
+bool ajouter_au_fichier(const std::string& chemin, std::string_view octets);
+
+/// Copies a file; with `echec_si_existe`, fails when the destination exists (the
+/// Win32 CopyFile contract). True on success.
+bool copier_fichier_systeme(const std::string& source, const std::string& destination,
+                            bool echec_si_existe);
+
+/// Starts a command line and waits for its end. Returns the exit code, or -1 when the
+/// program could not be started.
+int lancer_et_attendre_processus(const std::string& ligne);
+
+/// An exclusive lock on a file, held until destruction.
+class Verrou {
+public:
+    virtual ~Verrou() = default;
+};
+/// Takes the lock on `chemin` (created when missing), waiting at most `delai`.
+/// Null when it could not be had in time.
+std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin,
+                                       std::chrono::milliseconds delai);
+
+/// A shared library loaded by full path.
+class Bibliotheque {
+public:
+    virtual ~Bibliotheque() = default;
+    /// Address of an exported symbol, or null.
+    virtual void* symbole(const char* nom) = 0;
+};
+/// Loads a library by its full path; null with `raison` filled on failure.
+std::unique_ptr<Bibliotheque> charger_bibliotheque(const std::string& chemin,
+                                                   std::string& raison);
+
+/// Value of an environment variable, "" when unset.
+std::string variable_environnement(const char* nom);
+
+}  // namespace sv140

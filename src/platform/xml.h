@@ -1,0 +1,83 @@
+// XML documents: the request and response documents exchanged with the middleware
+// and the host's input document.
+//
+// Text going in and out of this interface is UTF-8. Documents are saved in
+// ISO-8859-1 with the declaration the middleware expects; loading honours the
+// document's own declaration. Node text is the concatenated text of the node and its
+// descendants (CDATA included) with leading and trailing white space removed, as the
+// host's developers see it in their own DOM.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sv140 {
+
+class XmlNoeud {
+public:
+    XmlNoeud() = default;
+    explicit operator bool() const { return n_ != nullptr; }
+
+    std::string nom() const;
+    /// Text of the node and its descendants, trimmed; "" for a null node.
+    std::string texte() const;
+    /// Text of the first node `xpath` selects from here; "" when none is found.
+    std::string texte_de(std::string_view xpath) const;
+    /// Nodes `xpath` selects from here, in document order; empty on a bad expression.
+    std::vector<XmlNoeud> selectionner(std::string_view xpath) const;
+    /// First node `xpath` selects from here, or a null node.
+    XmlNoeud selectionner_un(std::string_view xpath) const;
+
+    /// Appends a child element (with its text when not empty) and returns it.
+    XmlNoeud ajouter(std::string_view nom, std::string_view texte = {});
+    void definir_texte(std::string_view texte);
+
+private:
+    friend class XmlDocument;
+    explicit XmlNoeud(void* n, void* doc) : n_(n), doc_(doc) {}
+    void* n_ = nullptr;
+    void* doc_ = nullptr;
+};
+
+class XmlDocument {
+public:
+    XmlDocument();
+    ~XmlDocument();
+    XmlDocument(const XmlDocument&) = delete;
+    XmlDocument& operator=(const XmlDocument&) = delete;
+    XmlDocument(XmlDocument&&) noexcept;
+    XmlDocument& operator=(XmlDocument&&) noexcept;
+
+    /// Loads a file synchronously without validation. False when the file is missing
+    /// or not well-formed; `erreur()` then says why.
+    bool charger_fichier(const std::string& chemin);
+    /// Loads a document from its bytes (encoding per its declaration, UTF-8 without).
+    bool charger_texte(std::string_view octets);
+
+    /// Starts an empty document with the declaration version='1.0'
+    /// encoding='ISO-8859-1' and a root element of this name.
+    XmlNoeud creer_racine(std::string_view nom);
+
+    XmlNoeud racine() const;
+    std::vector<XmlNoeud> selectionner(std::string_view xpath) const;
+    XmlNoeud selectionner_un(std::string_view xpath) const;
+
+    /// Saves in ISO-8859-1 with its declaration, replacing the file. False on failure.
+    bool enregistrer(const std::string& chemin) const;
+    /// The document as saved, in bytes.
+    std::string octets() const;
+
+    const std::string& erreur() const { return erreur_; }
+
+private:
+    void* doc_ = nullptr;
+    std::string erreur_;
+};
+
+/// An XPath string literal holding `valeur` exactly, whatever quotes it holds
+/// ('...', "..." or concat(...)), so that no value breaks out of its literal.
+std::string xpath_litteral(std::string_view valeur);
+
+}  // namespace sv140

@@ -1,0 +1,39 @@
+// Shared services: the run log, the monthly archive of exchanges, file copy, the SQL
+// date literal and run-and-wait.
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace sv140 {
+
+struct Run;
+
+/// The local date and time now (the system clock).
+std::tm Maintenant();
+/// strftime on a date-time.
+std::string Format_Date(const std::tm& t, const char* format);
+
+/// Appends one line to LogsSV.txt in `dossier_programme`: the short date and the time
+/// in print zones of 14 columns, then the message.
+void Ecrire_Log(const std::string& dossier_programme, std::string_view message);
+/// The line Ecrire_Log writes for `message` at time `t` (without the line end).
+std::string Ligne_Log(const std::tm& t, std::string_view message);
+/// Empties LogsSV.txt (created when missing).
+void Vider_Log(const std::string& dossier_programme);
+
+/// Copies the run's request and response under <data folder>/Sv140/YYYYMM/.
+void Archiver_Echange(Run& run, std::string_view operation, std::string_view dossier_donnees);
+
+/// Copies a file; refused when either path is 261 characters or longer. With
+/// `ecraser` false, fails when the destination exists.
+bool Copier_Fichier(const std::string& source, const std::string& destination, bool ecraser);
+
+/// "#mm-dd-yyyy hh:mm:ss#".
+std::string Date_SQL(const std::tm& t);
+
+/// Starts a command line and waits for its end.
+void Lancer_Et_Attendre(const std::string& ligne);
+
+}  // namespace sv140
