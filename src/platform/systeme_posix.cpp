@@ -1,0 +1,419 @@
+// Files, folders, processes, locks and shared libraries on Linux.
+#include "platform/systeme.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+namespace sv140 {
+
+namespace {
+
+bool est_separateur(char c) {
+    return c == '/' || c == '\\';
+}
+
+/// A file descriptor closed on scope exit.
+class Descripteur {
+  public:
+    explicit Descripteur(int fd = -1) : fd_(fd) {}
+    ~Descripteur() {
+        if (fd_ >= 0) {
+            ::close(fd_);
+        }
+    }
+    Descripteur(const Descripteur&) = delete;
+    Descripteur& operator=(const Descripteur&) = delete;
+
+    int get() const { return fd_; }
+    bool valide() const { return fd_ >= 0; }
+    /// Gives the descriptor away; it is no longer closed here.
+    int liberer() {
+        int fd = fd_;
+        fd_ = -1;
+        return fd;
+    }
+    /// Closes now and reports whether the close succeeded (a late write error shows
+    /// up here on some file systems).
+    bool fermer() {
+        int fd = fd_;
+        fd_ = -1;
+        return fd < 0 || ::close(fd) == 0;
+    }
+
+  private:
+    int fd_;
+};
+
+int ouvrir(const std::string& chemin, int drapeaux, mode_t mode = 0666) {
+    int fd;
+    do {
+        fd = ::open(chemin.c_str(), drapeaux | O_CLOEXEC, mode);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+bool ecrire_tout(int fd, std::string_view octets) {
+    const char* p = octets.data();
+    std::size_t reste = octets.size();
+    while (reste > 0) {
+        ssize_t n = ::write(fd, p, reste);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        p += n;
+        reste -= static_cast<std::size_t>(n);
+    }
+    return true;
+}
+
+bool lire_tout(int fd, std::string& octets) {
+    octets.clear();
+    char tampon[65536];
+    for (;;) {
+        ssize_t n = ::read(fd, tampon, sizeof tampon);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return false;
+        }
+        if (n == 0) {
+            return true;
+        }
+        octets.append(tampon, static_cast<std::size_t>(n));
+    }
+}
+
+bool existe(const std::string& chemin) {
+    struct stat st;
+    return ::lstat(chemin.c_str(), &st) == 0;
+}
+
+/// Splits a command line into words: blanks separate words outside double quotes,
+/// the quotes themselves are dropped, and "" is an empty word.
+std::vector<std::string> mots_de_commande(const std::string& ligne) {
+    std::vector<std::string> mots;
+    std::string mot;
+    bool dans_mot = false;
+    bool entre_guillemets = false;
+    for (char c : ligne) {
+        if (c == '"') {
+            entre_guillemets = !entre_guillemets;
+            dans_mot = true;
+        } else if ((c == ' ' || c == '\t') && !entre_guillemets) {
+            if (dans_mot) {
+                mots.push_back(mot);
+                mot.clear();
+                dans_mot = false;
+            }
+        } else {
+            mot += c;
+            dans_mot = true;
+        }
+    }
+    if (dans_mot) {
+        mots.push_back(mot);
+    }
+    return mots;
+}
+
+class VerrouPosix : public Verrou {
+  public:
+    explicit VerrouPosix(int fd) : fd_(fd) {}
+    // Closing the descriptor releases an open-file-description lock.
+    ~VerrouPosix() override = default;
+
+  private:
+    Descripteur fd_;
+};
+
+class BibliothequePosix : public Bibliotheque {
+  public:
+    explicit BibliothequePosix(void* poignee) : poignee_(poignee) {}
+    ~BibliothequePosix() override { ::dlclose(poignee_); }
+    BibliothequePosix(const BibliothequePosix&) = delete;
+    BibliothequePosix& operator=(const BibliothequePosix&) = delete;
+
+    void* symbole(const char* nom) override { return ::dlsym(poignee_, nom); }
+
+  private:
+    void* poignee_;
+};
+
+}  // namespace
+
+char separateur() {
+    return '/';
+}
+
+std::string joindre(std::string_view dossier, std::string_view nom) {
+    std::string chemin(dossier);
+    chemin += separateur();
+    chemin += nom;
+    return chemin;
+}
+
+std::string dossier_parent(std::string_view chemin) {
+    // A trailing separator names the same folder: "/a/b/" is in "/a".
+    std::size_t fin = chemin.size();
+    while (fin > 1 && est_separateur(chemin[fin - 1])) {
+        --fin;
+    }
+    std::size_t i = fin;
+    while (i > 0 && !est_separateur(chemin[i - 1])) {
+        --i;
+    }
+    if (i == 0) {
+        return std::string();
+    }
+    std::size_t coupe = i - 1;
+    while (coupe > 0 && est_separateur(chemin[coupe - 1])) {
+        --coupe;
+    }
+    // The root keeps its separator ("/x" is in "/", "C:\x" in "C:\").
+    if (coupe == 0 || chemin[coupe - 1] == ':') {
+        return std::string(chemin.substr(0, coupe + 1));
+    }
+    return std::string(chemin.substr(0, coupe));
+}
+
+std::string dossier_programme() {
+    std::vector<char> tampon(4096);
+    for (;;) {
+        ssize_t n = ::readlink("/proc/self/exe", tampon.data(), tampon.size());
+        if (n < 0) {
+            return std::string();
+        }
+        if (static_cast<std::size_t>(n) < tampon.size()) {
+            return dossier_parent(std::string_view(tampon.data(), static_cast<std::size_t>(n)));
+        }
+        tampon.resize(tampon.size() * 2);
+    }
+}
+
+std::string ligne_de_commande(int argc, char** argv) {
+    std::string ligne;
+    for (int i = 1; i < argc; ++i) {
+        if (i > 1) {
+            ligne += ' ';
+        }
+        ligne += argv[i];
+    }
+    return ligne;
+}
+
+bool fichier_existe(const std::string& chemin) {
+    struct stat st;
+    return ::stat(chemin.c_str(), &st) == 0 && !S_ISDIR(st.st_mode);
+}
+
+bool dossier_existe(const std::string& chemin) {
+    struct stat st;
+    return ::stat(chemin.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool creer_dossier(const std::string& chemin) {
+    ::mkdir(chemin.c_str(), 0777);
+    return dossier_existe(chemin);
+}
+
+bool supprimer_fichier(const std::string& chemin) {
+    return ::unlink(chemin.c_str()) == 0;
+}
+
+bool lire_fichier(const std::string& chemin, std::string& octets) {
+    Descripteur fd(ouvrir(chemin, O_RDONLY));
+    return fd.valide() && lire_tout(fd.get(), octets);
+}
+
+bool ecrire_fichier(const std::string& chemin, std::string_view octets) {
+    Descripteur fd(ouvrir(chemin, O_WRONLY | O_CREAT | O_TRUNC));
+    return fd.valide() && ecrire_tout(fd.get(), octets) && fd.fermer();
+}
+
+bool ajouter_au_fichier(const std::string& chemin, std::string_view octets) {
+    Descripteur fd(ouvrir(chemin, O_WRONLY | O_CREAT | O_APPEND));
+    return fd.valide() && ecrire_tout(fd.get(), octets) && fd.fermer();
+}
+
+bool copier_fichier_systeme(const std::string& source, const std::string& destination,
+                            bool echec_si_existe) {
+    if (echec_si_existe && existe(destination)) {
+        return false;
+    }
+    Descripteur entree(ouvrir(source, O_RDONLY));
+    struct stat st;
+    if (!entree.valide() || ::fstat(entree.get(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        return false;
+    }
+
+    // The copy is written under a short temporary name in the destination folder and
+    // renamed at the end, so that the host never sees a half-copied file. The name is
+    // short because the destination's own name may already use the whole length a
+    // file system allows for one component.
+    std::string dossier = dossier_parent(destination);
+    std::string temporaire =
+        joindre(dossier.empty() ? std::string_view(".") : dossier, ".sv140-copie-XXXXXX");
+    int fd = ::mkostemp(temporaire.data(), O_CLOEXEC);
+    if (fd < 0) {
+        return false;
+    }
+    Descripteur sortie(fd);
+    bool ecrit = true;
+    char tampon[65536];
+    for (;;) {
+        ssize_t n = ::read(entree.get(), tampon, sizeof tampon);
+        if (n < 0 && errno == EINTR) {
+            continue;
+        }
+        if (n <= 0) {
+            ecrit = n == 0;
+            break;
+        }
+        if (!ecrire_tout(sortie.get(), std::string_view(tampon, static_cast<std::size_t>(n)))) {
+            ecrit = false;
+            break;
+        }
+    }
+    if (ecrit) {
+        ::fchmod(sortie.get(), st.st_mode & 07777);
+        const struct timespec dates[2] = {st.st_atim, st.st_mtim};
+        ::futimens(sortie.get(), dates);
+        ecrit = sortie.fermer();
+    }
+    if (!ecrit) {
+        ::unlink(temporaire.c_str());
+        return false;
+    }
+
+    bool place;
+    if (echec_si_existe) {
+        // link() refuses an existing destination atomically; on a file system
+        // without hard links, fall back to checking first.
+        if (::link(temporaire.c_str(), destination.c_str()) == 0) {
+            place = true;
+        } else if (errno == EEXIST) {
+            place = false;
+        } else {
+            place = !existe(destination) && ::rename(temporaire.c_str(), destination.c_str()) == 0;
+        }
+    } else {
+        place = ::rename(temporaire.c_str(), destination.c_str()) == 0;
+    }
+    ::unlink(temporaire.c_str());
+    return place;
+}
+
+int lancer_et_attendre_processus(const std::string& ligne) {
+    std::vector<std::string> mots = mots_de_commande(ligne);
+    if (mots.empty() || mots[0].empty()) {
+        return -1;
+    }
+    std::vector<char*> arguments;
+    for (std::string& mot : mots) {
+        arguments.push_back(mot.data());
+    }
+    arguments.push_back(nullptr);
+
+    // The child reports a failed exec through this pipe; a successful exec closes it.
+    int tube[2];
+    if (::pipe2(tube, O_CLOEXEC) != 0) {
+        return -1;
+    }
+    pid_t pid = ::fork();
+    if (pid < 0) {
+        ::close(tube[0]);
+        ::close(tube[1]);
+        return -1;
+    }
+    if (pid == 0) {
+        ::execv(arguments[0], arguments.data());
+        int erreur = errno;
+        ssize_t ignore = ::write(tube[1], &erreur, sizeof erreur);
+        (void)ignore;
+        ::_exit(127);
+    }
+    ::close(tube[1]);
+    int erreur = 0;
+    ssize_t lu;
+    do {
+        lu = ::read(tube[0], &erreur, sizeof erreur);
+    } while (lu < 0 && errno == EINTR);
+    ::close(tube[0]);
+
+    int statut = 0;
+    pid_t fini;
+    do {
+        fini = ::waitpid(pid, &statut, 0);
+    } while (fini < 0 && errno == EINTR);
+    if (lu > 0 || fini != pid) {
+        return -1;
+    }
+    if (WIFEXITED(statut)) {
+        return WEXITSTATUS(statut);
+    }
+    // A program ended by a signal has no exit code; report it as a shell would.
+    return WIFSIGNALED(statut) ? 128 + WTERMSIG(statut) : -1;
+}
+
+std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::milliseconds delai) {
+    Descripteur fd(ouvrir(chemin, O_RDWR | O_CREAT));
+    if (!fd.valide()) {
+        return nullptr;
+    }
+    // An open-file-description lock conflicts with any other open of the file, in
+    // this process or another, and goes away with the descriptor.
+    struct flock verrou;
+    std::memset(&verrou, 0, sizeof verrou);
+    verrou.l_type = F_WRLCK;
+    verrou.l_whence = SEEK_SET;
+    verrou.l_start = 0;
+    verrou.l_len = 0;
+    const auto limite = std::chrono::steady_clock::now() + delai;
+    for (;;) {
+        if (::fcntl(fd.get(), F_OFD_SETLK, &verrou) == 0) {
+            return std::make_unique<VerrouPosix>(fd.liberer());
+        }
+        if (errno != EACCES && errno != EAGAIN && errno != EINTR) {
+            return nullptr;
+        }
+        if (std::chrono::steady_clock::now() >= limite) {
+            return nullptr;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+}
+
+std::unique_ptr<Bibliotheque> charger_bibliotheque(const std::string& chemin, std::string& raison) {
+    // A name without a folder would make dlopen search the system's library path.
+    std::string complet = chemin.find('/') == std::string::npos ? "./" + chemin : chemin;
+    ::dlerror();
+    void* poignee = ::dlopen(complet.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (poignee == nullptr) {
+        const char* texte = ::dlerror();
+        raison = texte != nullptr ? texte : "cannot load " + chemin;
+        return nullptr;
+    }
+    raison.clear();
+    return std::make_unique<BibliothequePosix>(poignee);
+}
+
+std::string variable_environnement(const char* nom) {
+    const char* valeur = std::getenv(nom);
+    return valeur != nullptr ? valeur : std::string();
+}
+
+}  // namespace sv140

@@ -1,0 +1,360 @@
+// Files, folders, processes, locks and shared libraries on Windows, through the
+// wide-character system interfaces so that accented shop folders keep their names.
+#include "platform/systeme.h"
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include <cwchar>
+#include <string>
+#include <vector>
+
+#include "platform/encodage.h"
+
+namespace sv140 {
+
+namespace {
+
+bool est_separateur(char c) {
+    return c == '/' || c == '\\';
+}
+
+std::wstring large(std::string_view utf8) {
+    const std::u16string texte = utf8_vers_utf16(utf8);
+    return std::wstring(reinterpret_cast<const wchar_t*>(texte.data()), texte.size());
+}
+
+std::string etroit(const wchar_t* texte, std::size_t longueur) {
+    return utf16_vers_utf8(std::u16string_view(reinterpret_cast<const char16_t*>(texte), longueur));
+}
+
+/// A kernel handle closed on scope exit.
+class Poignee {
+  public:
+    explicit Poignee(HANDLE h = INVALID_HANDLE_VALUE) : h_(h) {}
+    ~Poignee() {
+        if (valide()) {
+            ::CloseHandle(h_);
+        }
+    }
+    Poignee(const Poignee&) = delete;
+    Poignee& operator=(const Poignee&) = delete;
+
+    HANDLE get() const { return h_; }
+    bool valide() const { return h_ != INVALID_HANDLE_VALUE && h_ != nullptr; }
+    /// Gives the handle away; it is no longer closed here.
+    HANDLE liberer() {
+        HANDLE h = h_;
+        h_ = INVALID_HANDLE_VALUE;
+        return h;
+    }
+    /// Closes now and reports whether the close succeeded.
+    bool fermer() {
+        HANDLE h = h_;
+        h_ = INVALID_HANDLE_VALUE;
+        return h == INVALID_HANDLE_VALUE || h == nullptr || ::CloseHandle(h) != 0;
+    }
+
+  private:
+    HANDLE h_;
+};
+
+bool ecrire_tout(HANDLE h, std::string_view octets) {
+    const char* p = octets.data();
+    std::size_t reste = octets.size();
+    while (reste > 0) {
+        const DWORD morceau = reste > 0x40000000u ? 0x40000000u : static_cast<DWORD>(reste);
+        DWORD ecrits = 0;
+        if (!::WriteFile(h, p, morceau, &ecrits, nullptr) || ecrits == 0) {
+            return false;
+        }
+        p += ecrits;
+        reste -= ecrits;
+    }
+    return true;
+}
+
+std::string message_systeme(DWORD code) {
+    wchar_t* tampon = nullptr;
+    const DWORD n = ::FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+        nullptr, code, 0, reinterpret_cast<wchar_t*>(&tampon), 0, nullptr);
+    std::string texte;
+    if (n > 0 && tampon != nullptr) {
+        texte = etroit(tampon, n);
+    }
+    if (tampon != nullptr) {
+        ::LocalFree(tampon);
+    }
+    while (!texte.empty() &&
+           (texte.back() == '\r' || texte.back() == '\n' || texte.back() == ' ')) {
+        texte.pop_back();
+    }
+    return texte + " (" + std::to_string(code) + ")";
+}
+
+/// Lets the system deliver window messages while the bridge waits, so that the host
+/// does not see a frozen program.
+void traiter_messages() {
+    MSG message;
+    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        ::TranslateMessage(&message);
+        ::DispatchMessageW(&message);
+    }
+}
+
+class VerrouWin32 : public Verrou {
+  public:
+    explicit VerrouWin32(HANDLE h) : h_(h) {}
+    ~VerrouWin32() override {
+        OVERLAPPED debut{};
+        ::UnlockFileEx(h_, 0, MAXDWORD, MAXDWORD, &debut);
+        ::CloseHandle(h_);
+    }
+    VerrouWin32(const VerrouWin32&) = delete;
+    VerrouWin32& operator=(const VerrouWin32&) = delete;
+
+  private:
+    HANDLE h_;
+};
+
+class BibliothequeWin32 : public Bibliotheque {
+  public:
+    explicit BibliothequeWin32(HMODULE module) : module_(module) {}
+    ~BibliothequeWin32() override { ::FreeLibrary(module_); }
+    BibliothequeWin32(const BibliothequeWin32&) = delete;
+    BibliothequeWin32& operator=(const BibliothequeWin32&) = delete;
+
+    void* symbole(const char* nom) override {
+        return reinterpret_cast<void*>(::GetProcAddress(module_, nom));
+    }
+
+  private:
+    HMODULE module_;
+};
+
+}  // namespace
+
+char separateur() {
+    return '\\';
+}
+
+std::string joindre(std::string_view dossier, std::string_view nom) {
+    std::string chemin(dossier);
+    chemin += separateur();
+    chemin += nom;
+    return chemin;
+}
+
+std::string dossier_parent(std::string_view chemin) {
+    // A trailing separator names the same folder: "C:\a\b\" is in "C:\a".
+    std::size_t fin = chemin.size();
+    while (fin > 1 && est_separateur(chemin[fin - 1])) {
+        --fin;
+    }
+    std::size_t i = fin;
+    while (i > 0 && !est_separateur(chemin[i - 1])) {
+        --i;
+    }
+    if (i == 0) {
+        return std::string();
+    }
+    std::size_t coupe = i - 1;
+    while (coupe > 0 && est_separateur(chemin[coupe - 1])) {
+        --coupe;
+    }
+    // The root keeps its separator ("C:\x" is in "C:\").
+    if (coupe == 0 || chemin[coupe - 1] == ':') {
+        return std::string(chemin.substr(0, coupe + 1));
+    }
+    return std::string(chemin.substr(0, coupe));
+}
+
+std::string dossier_programme() {
+    std::vector<wchar_t> tampon(MAX_PATH);
+    for (;;) {
+        const DWORD n =
+            ::GetModuleFileNameW(nullptr, tampon.data(), static_cast<DWORD>(tampon.size()));
+        if (n == 0) {
+            return std::string();
+        }
+        if (n < tampon.size()) {
+            return dossier_parent(etroit(tampon.data(), n));
+        }
+        tampon.resize(tampon.size() * 2);
+    }
+}
+
+std::string ligne_de_commande(int, char**) {
+    // The host's text as it passed it: the command line less the program name, which
+    // is quoted when its path holds blanks, and the blanks that follow it.
+    const wchar_t* p = ::GetCommandLineW();
+    if (*p == L'"') {
+        ++p;
+        while (*p != L'\0' && *p != L'"') {
+            ++p;
+        }
+        if (*p == L'"') {
+            ++p;
+        }
+    } else {
+        while (*p != L'\0' && *p != L' ' && *p != L'\t') {
+            ++p;
+        }
+    }
+    while (*p == L' ' || *p == L'\t') {
+        ++p;
+    }
+    return etroit(p, std::wcslen(p));
+}
+
+bool fichier_existe(const std::string& chemin) {
+    const DWORD attributs = ::GetFileAttributesW(large(chemin).c_str());
+    return attributs != INVALID_FILE_ATTRIBUTES && (attributs & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+bool dossier_existe(const std::string& chemin) {
+    const DWORD attributs = ::GetFileAttributesW(large(chemin).c_str());
+    return attributs != INVALID_FILE_ATTRIBUTES && (attributs & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool creer_dossier(const std::string& chemin) {
+    ::CreateDirectoryW(large(chemin).c_str(), nullptr);
+    return dossier_existe(chemin);
+}
+
+bool supprimer_fichier(const std::string& chemin) {
+    return ::DeleteFileW(large(chemin).c_str()) != 0;
+}
+
+bool lire_fichier(const std::string& chemin, std::string& octets) {
+    Poignee h(::CreateFileW(large(chemin).c_str(), GENERIC_READ,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!h.valide()) {
+        return false;
+    }
+    octets.clear();
+    char tampon[65536];
+    for (;;) {
+        DWORD lus = 0;
+        if (!::ReadFile(h.get(), tampon, sizeof tampon, &lus, nullptr)) {
+            return false;
+        }
+        if (lus == 0) {
+            return true;
+        }
+        octets.append(tampon, lus);
+    }
+}
+
+bool ecrire_fichier(const std::string& chemin, std::string_view octets) {
+    Poignee h(::CreateFileW(large(chemin).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                            CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return h.valide() && ecrire_tout(h.get(), octets) && h.fermer();
+}
+
+bool ajouter_au_fichier(const std::string& chemin, std::string_view octets) {
+    Poignee h(::CreateFileW(large(chemin).c_str(), FILE_APPEND_DATA,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+    return h.valide() && ecrire_tout(h.get(), octets) && h.fermer();
+}
+
+bool copier_fichier_systeme(const std::string& source, const std::string& destination,
+                            bool echec_si_existe) {
+    return ::CopyFileW(large(source).c_str(), large(destination).c_str(),
+                       echec_si_existe ? TRUE : FALSE) != 0;
+}
+
+int lancer_et_attendre_processus(const std::string& ligne) {
+    std::wstring texte = large(ligne);
+    std::vector<wchar_t> commande(texte.begin(), texte.end());
+    commande.push_back(L'\0');
+
+    STARTUPINFOW demarrage{};
+    demarrage.cb = sizeof demarrage;
+    demarrage.dwFlags = STARTF_USESHOWWINDOW;
+    demarrage.wShowWindow = SW_SHOWNORMAL;
+    PROCESS_INFORMATION processus{};
+    if (!::CreateProcessW(nullptr, commande.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                          &demarrage, &processus)) {
+        return -1;
+    }
+    ::CloseHandle(processus.hThread);
+    Poignee h(processus.hProcess);
+
+    // The wait ends on the process's end, not on an exit code: a program that ends
+    // with 259 has ended.
+    for (;;) {
+        const DWORD r =
+            ::MsgWaitForMultipleObjects(1, &processus.hProcess, FALSE, INFINITE, QS_ALLINPUT);
+        if (r == WAIT_OBJECT_0 + 1) {
+            traiter_messages();
+            continue;
+        }
+        if (r != WAIT_OBJECT_0) {
+            return -1;
+        }
+        break;
+    }
+    DWORD code = 0;
+    if (!::GetExitCodeProcess(h.get(), &code)) {
+        return -1;
+    }
+    return static_cast<int>(code);
+}
+
+std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::milliseconds delai) {
+    HANDLE h = ::CreateFileW(large(chemin).c_str(), GENERIC_READ | GENERIC_WRITE,
+                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                             OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (h == INVALID_HANDLE_VALUE) {
+        return nullptr;
+    }
+    Poignee fichier(h);
+    const auto limite = std::chrono::steady_clock::now() + delai;
+    for (;;) {
+        OVERLAPPED debut{};
+        if (::LockFileEx(h, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, MAXDWORD,
+                         MAXDWORD, &debut)) {
+            return std::make_unique<VerrouWin32>(fichier.liberer());
+        }
+        if (::GetLastError() != ERROR_LOCK_VIOLATION ||
+            std::chrono::steady_clock::now() >= limite) {
+            return nullptr;
+        }
+        ::Sleep(20);
+    }
+}
+
+std::unique_ptr<Bibliotheque> charger_bibliotheque(const std::string& chemin, std::string& raison) {
+    HMODULE module = ::LoadLibraryW(large(chemin).c_str());
+    if (module == nullptr) {
+        raison = chemin + " : " + message_systeme(::GetLastError());
+        return nullptr;
+    }
+    raison.clear();
+    return std::make_unique<BibliothequeWin32>(module);
+}
+
+std::string variable_environnement(const char* nom) {
+    const std::wstring nom_large = large(nom);
+    const DWORD taille = ::GetEnvironmentVariableW(nom_large.c_str(), nullptr, 0);
+    if (taille == 0) {
+        return std::string();
+    }
+    std::vector<wchar_t> valeur(taille);
+    const DWORD n = ::GetEnvironmentVariableW(nom_large.c_str(), valeur.data(), taille);
+    if (n == 0 || n >= taille) {
+        return std::string();
+    }
+    return etroit(valeur.data(), n);
+}
+
+}  // namespace sv140

@@ -1,0 +1,77 @@
+// Message boxes and questions on Windows: the system's message box, owned by no
+// window since the bridge has none, brought to the front over the host. With
+// SV140_UI=console the console interface is used instead (tests under an emulator).
+#include "platform/ui.h"
+
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include <string>
+#include <utility>
+
+#include "platform/encodage.h"
+#include "platform/systeme.h"
+
+namespace sv140 {
+
+namespace {
+
+std::wstring large(std::string_view utf8) {
+    const std::u16string texte = utf8_vers_utf16(utf8);
+    return std::wstring(reinterpret_cast<const wchar_t*>(texte.data()), texte.size());
+}
+
+UINT style_icone(Icone icone) {
+    switch (icone) {
+        case Icone::Critique:
+            return MB_ICONERROR;
+        case Icone::Question:
+            return MB_ICONQUESTION;
+        case Icone::Exclamation:
+            return MB_ICONWARNING;
+        case Icone::Information:
+            return MB_ICONINFORMATION;
+        case Icone::Aucune:
+            break;
+    }
+    return 0;
+}
+
+int montrer(std::string_view texte, std::string_view titre, UINT boutons, Icone icone) {
+    return ::MessageBoxW(nullptr, large(texte).c_str(), large(titre).c_str(),
+                         boutons | style_icone(icone) | MB_TASKMODAL | MB_SETFOREGROUND);
+}
+
+class UiWin32 : public Ui {
+  public:
+    void MsgBox(std::string_view texte, std::string_view titre, Icone icone) override {
+        montrer(texte, titre, MB_OK, icone);
+    }
+
+    Reponse Question(std::string_view texte, std::string_view titre, Icone icone) override {
+        switch (montrer(texte, titre, MB_YESNOCANCEL, icone)) {
+            case IDYES:
+                return Reponse::Oui;
+            case IDNO:
+                return Reponse::Non;
+            default:
+                return Reponse::Annuler;
+        }
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Ui> creer_ui(Journal journal) {
+    if (variable_environnement("SV140_UI") == "console") {
+        return creer_ui_console(std::move(journal));
+    }
+    return std::make_unique<UiWin32>();
+}
+
+}  // namespace sv140

@@ -1,0 +1,268 @@
+// XML documents over libxml2.
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlsave.h>
+#include <libxml/xpath.h>
+
+#include <cstring>
+
+#include "platform/systeme.h"
+#include "platform/xml.h"
+
+namespace sv140 {
+namespace {
+
+xmlDocPtr D(void* p) {
+    return static_cast<xmlDocPtr>(p);
+}
+xmlNodePtr N(void* p) {
+    return static_cast<xmlNodePtr>(p);
+}
+const xmlChar* X(const std::string& s) {
+    return reinterpret_cast<const xmlChar*>(s.c_str());
+}
+
+std::string rogner(std::string s) {
+    const char* blancs = " \t\r\n";
+    auto debut = s.find_first_not_of(blancs);
+    if (debut == std::string::npos) {
+        return {};
+    }
+    auto fin = s.find_last_not_of(blancs);
+    return s.substr(debut, fin - debut + 1);
+}
+
+std::vector<void*> evaluer(void* doc, void* contexte, std::string_view xpath) {
+    std::vector<void*> noeuds;
+    if (doc == nullptr) {
+        return noeuds;
+    }
+    xmlXPathContextPtr ctx = xmlXPathNewContext(D(doc));
+    if (ctx == nullptr) {
+        return noeuds;
+    }
+    if (contexte != nullptr) {
+        ctx->node = N(contexte);
+    }
+    std::string expr(xpath);
+    xmlXPathObjectPtr res = xmlXPathEvalExpression(X(expr), ctx);
+    if (res != nullptr && res->type == XPATH_NODESET && res->nodesetval != nullptr) {
+        for (int i = 0; i < res->nodesetval->nodeNr; ++i) {
+            noeuds.push_back(res->nodesetval->nodeTab[i]);
+        }
+    }
+    xmlXPathFreeObject(res);
+    xmlXPathFreeContext(ctx);
+    return noeuds;
+}
+
+// libxml2 reports parse errors through a global handler; the bridge reports them in
+// its own words, so the library stays silent.
+void silence(void*, const char*, ...) {}
+
+struct Initialisation {
+    Initialisation() {
+        xmlInitParser();
+        xmlSetGenericErrorFunc(nullptr, silence);
+    }
+};
+void initialiser() {
+    static Initialisation init;
+}
+
+}  // namespace
+
+std::string XmlNoeud::nom() const {
+    return n_ ? reinterpret_cast<const char*>(N(n_)->name) : std::string();
+}
+
+std::string XmlNoeud::texte() const {
+    if (n_ == nullptr) {
+        return {};
+    }
+    xmlChar* contenu = xmlNodeGetContent(N(n_));
+    std::string s = contenu ? reinterpret_cast<const char*>(contenu) : "";
+    xmlFree(contenu);
+    return rogner(std::move(s));
+}
+
+std::string XmlNoeud::texte_de(std::string_view xpath) const {
+    return selectionner_un(xpath).texte();
+}
+
+std::vector<XmlNoeud> XmlNoeud::selectionner(std::string_view xpath) const {
+    std::vector<XmlNoeud> r;
+    if (n_ == nullptr) {
+        return r;
+    }
+    for (void* p : evaluer(doc_, n_, xpath)) {
+        r.push_back(XmlNoeud(p, doc_));
+    }
+    return r;
+}
+
+XmlNoeud XmlNoeud::selectionner_un(std::string_view xpath) const {
+    auto r = selectionner(xpath);
+    return r.empty() ? XmlNoeud() : r.front();
+}
+
+XmlNoeud XmlNoeud::ajouter(std::string_view nom, std::string_view texte) {
+    if (n_ == nullptr) {
+        return {};
+    }
+    std::string n(nom);
+    xmlNodePtr enfant = xmlNewDocNode(D(doc_), nullptr, X(n), nullptr);
+    xmlAddChild(N(n_), enfant);
+    XmlNoeud r(enfant, doc_);
+    if (!texte.empty()) {
+        r.definir_texte(texte);
+    }
+    return r;
+}
+
+void XmlNoeud::definir_texte(std::string_view texte) {
+    if (n_ == nullptr) {
+        return;
+    }
+    xmlNodeSetContent(N(n_), nullptr);
+    std::string t(texte);
+    xmlNodeAddContent(N(n_), X(t));  // taken as plain text, never as markup
+}
+
+XmlDocument::XmlDocument() {
+    initialiser();
+}
+
+XmlDocument::~XmlDocument() {
+    if (doc_ != nullptr) {
+        xmlFreeDoc(D(doc_));
+    }
+}
+
+XmlDocument::XmlDocument(XmlDocument&& o) noexcept : doc_(o.doc_), erreur_(std::move(o.erreur_)) {
+    o.doc_ = nullptr;
+}
+
+XmlDocument& XmlDocument::operator=(XmlDocument&& o) noexcept {
+    if (this != &o) {
+        if (doc_ != nullptr) {
+            xmlFreeDoc(D(doc_));
+        }
+        doc_ = o.doc_;
+        o.doc_ = nullptr;
+        erreur_ = std::move(o.erreur_);
+    }
+    return *this;
+}
+
+bool XmlDocument::charger_fichier(const std::string& chemin) {
+    std::string octets;
+    if (!lire_fichier(chemin, octets)) {
+        erreur_ = "fichier absent ou illisible : " + chemin;
+        if (doc_ != nullptr) {
+            xmlFreeDoc(D(doc_));
+            doc_ = nullptr;
+        }
+        return false;
+    }
+    return charger_texte(octets);
+}
+
+bool XmlDocument::charger_texte(std::string_view octets) {
+    if (doc_ != nullptr) {
+        xmlFreeDoc(D(doc_));
+        doc_ = nullptr;
+    }
+    erreur_.clear();
+    xmlResetLastError();
+    xmlDocPtr doc = xmlReadMemory(
+        octets.data(), static_cast<int>(octets.size()), nullptr, nullptr,
+        XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA);
+    if (doc == nullptr || xmlDocGetRootElement(doc) == nullptr) {
+        const xmlError* e = xmlGetLastError();
+        erreur_ = e && e->message ? rogner(e->message) : "document vide";
+        if (e != nullptr) {
+            erreur_ += " (ligne " + std::to_string(e->line) + ")";
+        }
+        xmlFreeDoc(doc);
+        return false;
+    }
+    doc_ = doc;
+    return true;
+}
+
+XmlNoeud XmlDocument::creer_racine(std::string_view nom) {
+    if (doc_ != nullptr) {
+        xmlFreeDoc(D(doc_));
+    }
+    xmlDocPtr doc = xmlNewDoc(reinterpret_cast<const xmlChar*>("1.0"));
+    doc_ = doc;
+    std::string n(nom);
+    xmlNodePtr racine = xmlNewDocNode(doc, nullptr, X(n), nullptr);
+    xmlDocSetRootElement(doc, racine);
+    return XmlNoeud(racine, doc_);
+}
+
+XmlNoeud XmlDocument::racine() const {
+    return doc_ ? XmlNoeud(xmlDocGetRootElement(D(doc_)), doc_) : XmlNoeud();
+}
+
+std::vector<XmlNoeud> XmlDocument::selectionner(std::string_view xpath) const {
+    std::vector<XmlNoeud> r;
+    for (void* p : evaluer(doc_, nullptr, xpath)) {
+        r.push_back(XmlNoeud(p, doc_));
+    }
+    return r;
+}
+
+XmlNoeud XmlDocument::selectionner_un(std::string_view xpath) const {
+    auto r = selectionner(xpath);
+    return r.empty() ? XmlNoeud() : r.front();
+}
+
+std::string XmlDocument::octets() const {
+    if (doc_ == nullptr) {
+        return {};
+    }
+    xmlChar* tampon = nullptr;
+    int taille = 0;
+    xmlDocDumpFormatMemoryEnc(D(doc_), &tampon, &taille, "ISO-8859-1", 0);
+    std::string s(reinterpret_cast<const char*>(tampon), tampon ? taille : 0);
+    xmlFree(tampon);
+    return s;
+}
+
+bool XmlDocument::enregistrer(const std::string& chemin) const {
+    return doc_ != nullptr && ecrire_fichier(chemin, octets());
+}
+
+std::string xpath_litteral(std::string_view valeur) {
+    if (valeur.find('\'') == std::string_view::npos) {
+        return "'" + std::string(valeur) + "'";
+    }
+    if (valeur.find('"') == std::string_view::npos) {
+        return "\"" + std::string(valeur) + "\"";
+    }
+    // Both kinds of quotes: glue the pieces between apostrophes back together.
+    std::string r = "concat(";
+    std::size_t debut = 0;
+    bool premier = true;
+    while (true) {
+        auto pos = valeur.find('\'', debut);
+        std::string_view morceau = valeur.substr(
+            debut, pos == std::string_view::npos ? std::string_view::npos : pos - debut);
+        if (!morceau.empty()) {
+            r += (premier ? "'" : ", '") + std::string(morceau) + "'";
+            premier = false;
+        }
+        if (pos == std::string_view::npos) {
+            break;
+        }
+        r += premier ? "\"'\"" : ", \"'\"";
+        premier = false;
+        debut = pos + 1;
+    }
+    return r + ")";
+}
+
+}  // namespace sv140
