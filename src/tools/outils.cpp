@@ -1,0 +1,125 @@
+// The run log, the monthly archive of exchanges, file copy, the SQL date literal and
+// run-and-wait.
+#include "tools/outils.h"
+
+#include <chrono>
+
+#include "main/run.h"
+#include "platform/encodage.h"
+#include "platform/systeme.h"
+
+namespace sv140 {
+
+namespace {
+
+constexpr const char* kFichierLog = "LogsSV.txt";
+constexpr std::size_t kLargeurZone = 14;
+// Paths of this length or more are refused, as the shop's Windows tools limit a
+// path to 260 characters.
+constexpr std::size_t kLongueurCheminRefusee = 261;
+
+/// The item followed by blanks up to the start of the next print zone.
+void ajouter_zone(std::string& ligne, const std::string& item) {
+    ligne += item;
+    std::size_t fin = (ligne.size() / kLargeurZone + 1) * kLargeurZone;
+    ligne.append(fin - ligne.size(), ' ');
+}
+
+}  // namespace
+
+std::tm Maintenant() {
+    std::time_t maintenant = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm t{};
+#if defined(_WIN32)
+    localtime_s(&t, &maintenant);
+#else
+    localtime_r(&maintenant, &t);
+#endif
+    return t;
+}
+
+std::string Format_Date(const std::tm& t, const char* format) {
+    std::string texte(64, '\0');
+    for (;;) {
+        std::size_t n = std::strftime(texte.data(), texte.size(), format, &t);
+        // strftime gives 0 both for a buffer too small and for an empty result.
+        if (n > 0 || texte.size() >= 4096) {
+            texte.resize(n);
+            return texte;
+        }
+        texte.resize(texte.size() * 2);
+    }
+}
+
+std::string Ligne_Log(const std::tm& t, std::string_view message) {
+    std::string ligne;
+    ajouter_zone(ligne, Format_Date(t, "%d/%m/%Y"));
+    ajouter_zone(ligne, Format_Date(t, "%H:%M:%S"));
+    ligne += message;
+    return ligne;
+}
+
+void Ecrire_Log(const std::string& dossier_programme, std::string_view message) {
+    // A log that cannot be written must never stop a run.
+    try {
+        std::string ligne = Ligne_Log(Maintenant(), message);
+#if defined(_WIN32)
+        // The shop's Windows tools read the log in the ANSI code page.
+        ligne = utf8_vers_cp1252(ligne);
+#endif
+        ligne += '\n';
+        ajouter_au_fichier(joindre(dossier_programme, kFichierLog), ligne);
+    } catch (...) {
+    }
+}
+
+void Vider_Log(const std::string& dossier_programme) {
+    ecrire_fichier(joindre(dossier_programme, kFichierLog), "");
+}
+
+void Archiver_Echange(Run& run, std::string_view operation, std::string_view dossier_donnees) {
+    const std::tm t = Maintenant();
+
+    const std::string racine = joindre(dossier_donnees, "Sv140");
+    if (!dossier_existe(racine)) {
+        if (run.ui) {
+            run.ui->MsgBox("Le répertoire n'existe pas");
+        }
+        creer_dossier(racine);
+    }
+    const std::string mois = joindre(racine, Format_Date(t, "%Y%m"));
+    if (!dossier_existe(mois)) {
+        creer_dossier(mois);
+    }
+
+    const std::string suffixe = std::string(operation) + "_" + Format_Date(t, "%Y%m%d") + "_" +
+                                Format_Date(t, "%H%M%S") + ".xml";
+    const struct {
+        const char* fichier;
+        const char* prefixe;
+    } copies[] = {{"ZEMO_SvResponse.xml", "RSP_"}, {"ZEMO_SvRequest.xml", "REQ_"}};
+    for (const auto& copie : copies) {
+        const std::string source = run.fichier(copie.fichier);
+        if (fichier_existe(source)) {
+            Copier_Fichier(source, joindre(mois, copie.prefixe + suffixe), true);
+        }
+    }
+}
+
+bool Copier_Fichier(const std::string& source, const std::string& destination, bool ecraser) {
+    if (longueur_caracteres(source) >= kLongueurCheminRefusee ||
+        longueur_caracteres(destination) >= kLongueurCheminRefusee) {
+        return false;
+    }
+    return copier_fichier_systeme(source, destination, !ecraser);
+}
+
+std::string Date_SQL(const std::tm& t) {
+    return "#" + Format_Date(t, "%m-%d-%Y %H:%M:%S") + "#";
+}
+
+void Lancer_Et_Attendre(const std::string& ligne) {
+    lancer_et_attendre_processus(ligne);
+}
+
+}  // namespace sv140
