@@ -6,6 +6,7 @@
 #include <string>
 
 #include "data/connexion.h"
+#include "platform/systeme.h"
 #include "platform/ui.h"
 
 namespace sv140 {
@@ -35,6 +36,9 @@ struct Run {
 
     std::unique_ptr<Ui> ui;
     std::unique_ptr<Connexions> cnx;
+    /// The middleware, loaded at its first call and kept for the run (an oversized
+    /// answer is fetched again from the same loaded library).
+    std::unique_ptr<Bibliotheque> intergiciel;
 
     /// Full path of an exchange file of the program folder.
     std::string fichier(std::string_view nom) const;

@@ -1,0 +1,214 @@
+// The middleware call, the answer file, the response check and the error response.
+#include "exchange/echange.h"
+
+#include <cmath>
+#include <vector>
+
+#include "data/parametres.h"
+#include "data/texte_sql.h"
+#include "exchange/requete.h"
+#include "main/run.h"
+#include "platform/intergiciel.h"
+#include "platform/systeme.h"
+#include "platform/xml.h"
+
+namespace sv140 {
+namespace {
+
+constexpr const char* kReponse = "ZEMO_SvResponse.xml";
+constexpr const char* kRequete = "ZEMO_SvRequest.xml";
+
+// An answer buffer is never larger than this, whatever size an error text claims.
+constexpr long kTailleMaximale = 64L * 1024 * 1024;
+// Rounds of oversized-answer recovery before the bridge gives up.
+constexpr int kEssais271 = 3;
+
+void remplacer_tout(std::string& s, std::string_view de, std::string_view par) {
+    for (std::size_t pos = 0; (pos = s.find(de, pos)) != std::string::npos; pos += par.size()) {
+        s.replace(pos, de.size(), par);
+    }
+}
+
+// Banker's rounding, as the host's numeric rounding does.
+long arrondi_pair(double x) {
+    return static_cast<long>(std::nearbyint(x));
+}
+
+bool lire_reponse(Run& run, int essai);
+
+}  // namespace
+
+void Reponse_Erreur(Run& run, std::string_view code, std::string_view message,
+                    std::string_view appelant) {
+    XmlDocument doc;
+    XmlNoeud racine = doc.creer_racine("ZRMESSAGE");
+    racine.ajouter("programme", "Belvane_Classic_II");
+    racine.ajouter("appelant", appelant);
+    XmlNoeud resultat = racine.ajouter("resultat");
+    resultat.ajouter("codeErreur", code);
+    resultat.ajouter("libelleErreur", message);
+    run.log("Reponse_Erreur : " + std::string(code) + " : " + std::string(message) + " (" +
+            std::string(appelant) + ")");
+    if (!doc.enregistrer(run.fichier(kReponse))) {
+        run.log("Impossible d'écrire " + run.fichier(kReponse));
+    }
+}
+
+void Reponse_Illisible(Run& run, std::string_view appelant) {
+    Reponse_Erreur(run, "99", "Impossible de lire ZEMO_SvResponse.xml", appelant);
+}
+
+bool Envoyer_Requete(Run& run, std::string_view operation, long taille) {
+    std::string chemin = run.fichier(kRequete);
+    std::string octets;
+    if (!fichier_existe(chemin) || !lire_fichier(chemin, octets)) {
+        Reponse_Erreur(run, "1", "Requete XML Non trouvée", operation);
+        throw FinBrutale{"requête introuvable : " + chemin};
+    }
+    // The middleware receives the document's lines, each ended by CR LF.
+    std::string texte;
+    std::size_t debut = 0;
+    while (debut < octets.size()) {
+        std::size_t fin = octets.find_first_of("\r\n", debut);
+        if (fin == std::string::npos) {
+            fin = octets.size();
+        }
+        texte.append(octets, debut, fin - debut);
+        texte += "\r\n";
+        if (fin < octets.size() && octets[fin] == '\r' && fin + 1 < octets.size() &&
+            octets[fin + 1] == '\n') {
+            ++fin;
+        }
+        debut = fin + 1;
+    }
+    return Executer_ZR(run, texte, taille);
+}
+
+bool Executer_ZR(Run& run, const std::string& requete, long taille) {
+    if (taille == 0) {
+        taille = Lire_Taille_Buffer(run);
+    }
+    if (taille < 1) {
+        taille = 1;
+    }
+    if (taille > kTailleMaximale) {
+        run.log("Taille de tampon ramenée de " + std::to_string(taille) + " à " +
+                std::to_string(kTailleMaximale));
+        taille = kTailleMaximale;
+    }
+    // Written first: if the middleware ends the process or never returns, this
+    // document is the answer the host finds.
+    Reponse_Erreur(run, "98", "Erreur Web Quintara - Sortie brutale", "Toutes fonctions");
+
+    std::string chemin = run.fichier(kNomIntergiciel);
+    if (!run.intergiciel) {
+        std::string raison;
+        run.intergiciel = charger_bibliotheque(chemin, raison);
+        if (!run.intergiciel) {
+            run.ui->MsgBox("Impossible de charger " + chemin + "\r\n" + raison, "SV140",
+                           Icone::Critique);
+            return false;
+        }
+    }
+    auto ZR_Executer = reinterpret_cast<ZR_Executer_t>(run.intergiciel->symbole("ZR_Executer"));
+    if (ZR_Executer == nullptr) {
+        run.ui->MsgBox("Point d'entrée ZR_Executer absent de " + chemin, "SV140", Icone::Critique);
+        return false;
+    }
+    std::vector<char> tampon(static_cast<std::size_t>(taille), '\0');
+    int taille_appel = static_cast<int>(taille);
+    int retour = ZR_Executer(requete.c_str(), tampon.data(), &taille_appel);
+    if (retour != 0) {
+        run.ui->MsgBox("Erreur N° : " + std::to_string(retour));
+        return false;
+    }
+    Ecrire_Reponse(run, std::string_view(tampon.data(), tampon.size()));
+    return true;
+}
+
+std::string Nettoyer_Reponse(std::string_view reponse) {
+    std::string texte(reponse.substr(0, reponse.find('\0')));
+    if (texte.find("<?xml version=") == std::string::npos) {
+        remplacer_tout(texte, "<!DOCTYPE ZRMESSAGE>",
+                       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>");
+    } else {
+        remplacer_tout(texte, "<!DOCTYPE ZRMESSAGE>", "");
+    }
+    remplacer_tout(texte, "\r\n", "");
+    return texte;
+}
+
+void Ecrire_Reponse(Run& run, std::string_view reponse) {
+    if (!ecrire_fichier(run.fichier(kReponse), Nettoyer_Reponse(reponse) + "\r\n")) {
+        run.log("Impossible d'écrire " + run.fichier(kReponse));
+    }
+}
+
+bool Lire_Reponse(Run& run) {
+    return lire_reponse(run, 0);
+}
+
+namespace {
+
+bool lire_reponse(Run& run, int essai) {
+    std::string chemin = run.fichier(kReponse);
+    if (!fichier_existe(chemin)) {
+        run.ui->MsgBox("Le fichier : " + chemin +
+                           "\r\nnon présent ! Veuillez réessayer dans quelques instants",
+                       "Reponse", Icone::Critique);
+        Reponse_Illisible(run, run.F_Appel);
+        return false;
+    }
+    XmlDocument doc;
+    if (!doc.charger_fichier(chemin)) {
+        run.log("Réponse illisible : " + doc.erreur());
+        Reponse_Illisible(run, run.F_Appel);
+        return false;
+    }
+    std::string code, libelle;
+    for (const XmlNoeud& r : doc.selectionner("/ZRMESSAGE/resultat")) {
+        code = r.texte_de("codeErreur");
+        libelle = r.texte_de("libelleErreur");
+    }
+    run.log("Code Erreur Reponse : " + code);
+    double valeur = Val(code);
+    if (valeur <= 0) {
+        return true;
+    }
+    if (valeur == 271) {
+        if (essai + 1 >= kEssais271) {
+            Reponse_Erreur(run, "99",
+                           "Réponse toujours trop volumineuse après " + std::to_string(kEssais271) +
+                               " demandes (code 271)",
+                           run.F_Appel);
+            return false;
+        }
+        long taille = 0;
+        auto attendue = libelle.find("Attendue:");
+        if (attendue != std::string::npos && libelle.find("Trouvée:") != std::string::npos) {
+            taille = arrondi_pair(Val(std::string_view(libelle).substr(attendue + 9)) * 1.1);
+        }
+        Requete_f_RecupMessage(run, run.F_Appel);
+        run.log("F_Appel : " + run.F_Appel + " Buffer : " + std::to_string(taille));
+        Envoyer_Requete(run, run.F_Appel, taille + 1);
+        bool retour = lire_reponse(run, essai + 1);
+        run.log(std::string("Retour reponse suite code 271 : ") + (retour ? "True" : "False"));
+        return retour;
+    }
+    if (run.F_Appel == "f_TransfertPJ" || run.F_Appel == "f_TransfertPJ_unique") {
+        valeur = 9998;  // the attachment transfer reports its own errors
+    }
+    static constexpr double kSilencieux[] = {98, 260, 261, 276, 283, 297, 9998};
+    bool silencieux = false;
+    for (double c : kSilencieux) {
+        silencieux = silencieux || valeur == c;
+    }
+    if (!silencieux) {
+        run.ui->MsgBox("Erreur N° " + Nombre_SQL(valeur) + "\r\n\r\n" + libelle,
+                       "Erreur dans " + run.F_Appel, Icone::Critique);
+    }
+    return false;
+}
+
+}  // namespace
+}  // namespace sv140
