@@ -1,0 +1,84 @@
+#include "sim/etat.h"
+
+#include <cstring>
+
+#include "sim/cartes_demo.h"
+#include "sim/depot.h"
+#include "sim/fonctions.h"
+#include "sim/reponse.h"
+
+namespace sv140::sim {
+
+bool Initialiser_Etat_Demo(const std::string& dossier_zrsim, std::string& erreur) {
+    const Depot depot(dossier_zrsim);
+    if (!depot.preparer(erreur) || !depot.ecrire_cps(cps_demo(), erreur)) {
+        return false;
+    }
+    for (const auto& [id, contexte] : cartes_demo()) {
+        if (!depot.ecrire_carte(id, contexte, erreur)) {
+            return false;
+        }
+    }
+    depot.effacer_attentes();
+    return depot.ecrire_factures(Element("listeFacture"), erreur) && depot.inserer("", erreur);
+}
+
+bool Inserer_Carte(const std::string& dossier_zrsim, const std::string& id_carte,
+                   std::string& erreur) {
+    return Depot(dossier_zrsim).inserer(id_carte, erreur);
+}
+
+std::vector<std::string> Cartes_Disponibles(const std::string& dossier_zrsim) {
+    return Depot(dossier_zrsim).cartes();
+}
+
+bool Injecter_Erreur(const std::string& dossier_zrsim, const std::string& fonction, int code,
+                     const std::string& libelle, std::string& erreur) {
+    if (fonction.empty()) {
+        erreur = "Fonction à faire échouer non précisée";
+        return false;
+    }
+    return Depot(dossier_zrsim).planter_panne(Panne{fonction, 0, code, libelle}, erreur);
+}
+
+bool Injecter_Retour(const std::string& dossier_zrsim, const std::string& fonction, int retour,
+                     std::string& erreur) {
+    if (fonction.empty() || retour == 0) {
+        erreur = "Fonction ou valeur de retour non précisée";
+        return false;
+    }
+    return Depot(dossier_zrsim).planter_panne(Panne{fonction, retour, 0, {}}, erreur);
+}
+
+int Executer(const std::string& dossier_zrsim, const char* requete, char* reponse, int* taille) {
+    if (requete == nullptr || reponse == nullptr || taille == nullptr || *taille <= 0) {
+        return kRetourArgumentInvalide;
+    }
+    const Depot depot(dossier_zrsim);
+    Sortie sortie = Repondre(depot, requete);
+    if (sortie.retour != 0) {
+        return sortie.retour;
+    }
+    const auto place = static_cast<std::size_t>(*taille);
+    std::string octets = std::move(sortie.octets);
+    if (octets.size() <= place) {
+        if (sortie.message_rendu) {
+            depot.oublier_message(sortie.cle_attente);
+        }
+    } else {
+        depot.conserver_message(sortie.cle_attente, octets);
+        const Reponse trop_long = reponse_erreur(sortie.operation, kTailleInsuffisante,
+                                                 libelle_taille(octets.size(), *taille));
+        octets = ecrire_reponse(trop_long, enveloppe_de(sortie.operation));
+        if (octets.size() > place) {
+            return kRetourTamponTropPetit;
+        }
+    }
+    std::memcpy(reponse, octets.data(), octets.size());
+    if (octets.size() < place) {
+        reponse[octets.size()] = '\0';
+    }
+    return 0;
+}
+
+}  // namespace sv140::sim
