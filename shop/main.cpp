@@ -1,0 +1,182 @@
+// sv140-shop: builds a shop installation for the host's developers and the tests, puts
+// cards in the simulated reader, injects middleware failures, and plays the card
+// workflow of the host against the installed bridge.
+#include <exception>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "platform/intergiciel.h"
+#include "platform/systeme.h"
+#include "shop/demo.h"
+#include "shop/installation.h"
+#include "shop/processus.h"
+#include "shop/schema.h"
+#include "sim/etat.h"
+
+namespace {
+
+using namespace sv140;
+using namespace sv140::shop;
+
+constexpr int kReussite = 0;
+constexpr int kEchec = 1;
+constexpr int kRefus = 2;
+
+int usage() {
+    std::cerr << "usage :\n"
+                 "  sv140-shop init DIR                           installation vide sous DIR\n"
+                 "  sv140-shop demo DIR                           installation puis parcours "
+                 "de la carte Vitale\n"
+                 "  sv140-shop carte DIR ID|aucune                carte dans le lecteur simulé\n"
+                 "  sv140-shop panne DIR FONCTION CODE LIBELLE    prochaine réponse en erreur\n"
+                 "  sv140-shop cartes DIR                         cartes de test disponibles\n";
+    return kRefus;
+}
+
+// The bridge splits its command line at blanks: a data folder holding one cannot be
+// passed to it.
+bool contient_un_blanc(const std::string& chemin) {
+    return chemin.find(' ') != std::string::npos;
+}
+
+int init(const std::string& dossier) {
+    std::string erreur;
+    switch (Installer(dossier, dossier_programme(), erreur)) {
+        case Issue::Existe:
+            std::cerr << "sv140-shop : installation déjà présente, rien n'est écrasé : " << erreur
+                      << "\n";
+            return kRefus;
+        case Issue::Echec:
+            std::cerr << "sv140-shop : installation impossible : " << erreur << "\n";
+            return kEchec;
+        case Issue::Faite:
+            break;
+    }
+    const Installation inst = Disposition(dossier);
+    std::cout << "Installation créée sous " << inst.racine << "\n"
+              << "  pont                 " << inst.pont() << "\n"
+              << "  middleware simulé    " << joindre(inst.programme, kNomIntergiciel) << "\n"
+              << "  état du simulateur   " << inst.zrsim << "\n"
+              << "  données du magasin   " << inst.magasin << "\n"
+              << "    base du pont       " << joindre(inst.magasin, kBasePont) << "\n"
+              << "    base du magasin    " << joindre(inst.magasin, kBaseHote) << "\n"
+              << "  base temporaire      " << inst.temporaire << "\n"
+              << "Le pont se lance ainsi : " << inst.pont() << " OPERATION " << inst.magasin
+              << "\n";
+    if (contient_un_blanc(inst.magasin)) {
+        std::cerr << "sv140-shop : attention, le pont coupe sa ligne de commande aux blancs et "
+                     "ne pourra pas recevoir "
+                  << inst.magasin << "\n";
+    }
+    return kReussite;
+}
+
+bool installation_presente(const Installation& inst) {
+    if (dossier_existe(inst.zrsim)) {
+        return true;
+    }
+    std::cerr << "sv140-shop : aucune installation sous " << inst.racine
+              << " (sv140-shop init d'abord)\n";
+    return false;
+}
+
+int carte(const std::string& dossier, const std::string& id) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    std::string erreur;
+    if (!sim::Inserer_Carte(inst.zrsim, id == "aucune" ? "" : id, erreur)) {
+        std::cerr << "sv140-shop : " << erreur << "\ncartes disponibles :";
+        for (const std::string& disponible : sim::Cartes_Disponibles(inst.zrsim)) {
+            std::cerr << " " << disponible;
+        }
+        std::cerr << " (ou aucune)\n";
+        return kEchec;
+    }
+    std::cout << (id == "aucune" ? "Lecteur vide\n" : "Carte " + id + " dans le lecteur\n");
+    return kReussite;
+}
+
+int panne(const std::string& dossier, const std::string& fonction, const std::string& code,
+          const std::string& libelle) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    std::size_t lus = 0;
+    int numero = 0;
+    try {
+        numero = std::stoi(code, &lus);
+    } catch (const std::exception&) {
+        lus = 0;
+    }
+    if (lus == 0 || lus != code.size()) {
+        std::cerr << "sv140-shop : code d'erreur non numérique : " << code << "\n";
+        return kRefus;
+    }
+    std::string erreur;
+    if (!sim::Injecter_Erreur(inst.zrsim, fonction, numero, libelle, erreur)) {
+        std::cerr << "sv140-shop : " << erreur << "\n";
+        return kEchec;
+    }
+    std::cout << "Prochain appel de " << fonction << " : erreur " << code << " (" << libelle
+              << ")\n";
+    return kReussite;
+}
+
+int cartes(const std::string& dossier) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    for (const std::string& id : sim::Cartes_Disponibles(inst.zrsim)) {
+        std::cout << id << "\n";
+    }
+    return kReussite;
+}
+
+int demo(const std::string& dossier) {
+    const Installation inst = Disposition(dossier);
+    if (contient_un_blanc(inst.magasin)) {
+        std::cerr << "sv140-shop : le dossier " << inst.magasin
+                  << " contient un blanc ; le pont ne pourrait pas le recevoir\n";
+        return kRefus;
+    }
+    const int installe = init(dossier);
+    if (installe != kReussite) {
+        return installe;
+    }
+    const bool ok = Derouler_Demo(inst, std::cout);
+    std::cout << (ok ? "\nToutes les opérations ont répondu le code 0.\n"
+                     : "\nAu moins une étape a échoué.\n");
+    return ok ? kReussite : kEchec;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::vector<std::string> args(argv + 1, argv + argc);
+    if (args.size() < 2) {
+        return usage();
+    }
+    const std::string& commande = args[0];
+    const std::string dossier = chemin_absolu(args[1]);
+    if (commande == "init" && args.size() == 2) {
+        return init(dossier);
+    }
+    if (commande == "demo" && args.size() == 2) {
+        return demo(dossier);
+    }
+    if (commande == "carte" && args.size() == 3) {
+        return carte(dossier, args[2]);
+    }
+    if (commande == "panne" && args.size() == 5) {
+        return panne(dossier, args[2], args[3], args[4]);
+    }
+    if (commande == "cartes" && args.size() == 2) {
+        return cartes(dossier);
+    }
+    return usage();
+}
