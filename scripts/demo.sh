@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Builds sv140 and runs the demo: a simulated shop where a professional card and a
+# Vitale card are read and a beneficiary is linked to a client.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/dependances.sh
+cmake -S . -B build -DSV140_TESTS=OFF >/dev/null
+cmake --build build -j"$(nproc)" >/dev/null
+dossier="${1:-$(mktemp -d /tmp/sv140-demo.XXXXXX)}"
+build/bin/sv140-shop demo "$dossier"
