@@ -15,16 +15,18 @@ bool Stocker_Carte_Vitale(Run& run);
 /// The usual name and first name stored for a card holder; both left unchanged when
 /// no row matches.
 void Lire_Nom_Porteur(Run& run, const std::string& nir, const std::string& cle,
-                      const std::string& date_naissance, const std::string& rang,
-                      std::string& nom, std::string& prenom);
+                      const std::string& date_naissance, const std::string& rang, std::string& nom,
+                      std::string& prenom);
 
 /// f_LireCPS: T_InfosCPS and T_InfosSituation_CPS.
 bool Stocker_CPS(Run& run);
 /// f_LireVersion: T_InfosVersion.
 bool Stocker_Version(Run& run);
 
-/// f_LireInfosComplementaire: the request from ZEMO_Request.xml.
-void Requete_f_LireInfosComplementaire(Run& run);
+/// f_LireInfosComplementaire: the request from ZEMO_Request.xml. False when no request
+/// may be sent: the host's document or the professional data could not be read, and
+/// the code 99 answer saying so is written instead.
+bool Requete_f_LireInfosComplementaire(Run& run);
 /// After a successful complementary query: the AMC copies of the exchange.
 void Conserver_Echange_AMC(Run& run);
 
