@@ -161,9 +161,9 @@ bool lire_reponse(Run& run, int essai) {
     }
     XmlDocument doc;
     if (!doc.charger_fichier(chemin)) {
+        // Read as an answer without a code: the operation's own store step then
+        // reports the unreadable answer under its name.
         run.log("Réponse illisible : " + doc.erreur());
-        Reponse_Illisible(run, run.F_Appel);
-        return false;
     }
     std::string code, libelle;
     for (const XmlNoeud& r : doc.selectionner("/ZRMESSAGE/resultat")) {

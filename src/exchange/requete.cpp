@@ -14,11 +14,9 @@ Requete::Requete(std::string_view operation, std::string_view versionMessage) {
     operation_.ajouter("versionMessage", versionMessage);
 }
 
-XmlNoeud Requete::ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) {
+bool Requete::ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) {
     std::string idNat, idFac, numSitu;
-    // Written even when the professional data are missing: the middleware's answer
-    // then tells the host what is wrong.
-    Lire_Identifiants_PS(run, idNat, idFac, numSitu);
+    bool lus = Lire_Identifiants_PS(run, idNat, idFac, numSitu);
     XmlNoeud ps = operation_.ajouter("PS");
     ps.ajouter("idNat", idNat);
     ps.ajouter("idFac", idFac);
@@ -28,7 +26,7 @@ XmlNoeud Requete::ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) 
     if (avec_motDePasse) {
         ps.ajouter("motDePasse", idNat);
     }
-    return ps;
+    return lus;
 }
 
 bool Requete::enregistrer(Run& run) const {

@@ -13,16 +13,17 @@ struct Run;
 /// A request document: declaration, ZRMESSAGE, programme, requete/fonction/<operation>
 /// and its versionMessage. Parameters are appended to `operation()`.
 class Requete {
-public:
+  public:
     explicit Requete(std::string_view operation, std::string_view versionMessage = "0001");
     XmlNoeud& operation() { return operation_; }
-    /// Appends the professional block PS from Lire_Identifiants_PS (written even when
-    /// the identifiers could not be read, with what was found).
-    XmlNoeud ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse);
+    /// Appends the professional block PS from Lire_Identifiants_PS. The block is
+    /// written even when the identifiers could not be read, with what was found; the
+    /// result says whether they were (false: the code 99 answer is already written).
+    bool ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse);
     /// Saves ZEMO_SvRequest.xml in the program folder.
     bool enregistrer(Run& run) const;
 
-private:
+  private:
     XmlDocument doc_;
     XmlNoeud operation_;
 };

@@ -11,6 +11,7 @@
 #include "main/run.h"
 #include "platform/encodage.h"
 #include "platform/systeme.h"
+#include "platform/xml.h"
 #include "tools/outils.h"
 
 namespace sv140 {
@@ -35,43 +36,57 @@ void Fonction_Non_Disponible(Run& run) {
 
 enum class Suite { Envoyer, Verifier };
 
+// A request phase returns false when nothing may be sent: it wrote the answer itself.
 struct LigneRequete {
     std::string_view nom;
-    std::function<void(Run&)> requete;
+    std::function<bool(Run&)> requete;
     Suite suite;
 };
 
+std::function<bool(Run&)> ecrit(void (*constructeur)(Run&)) {
+    return [constructeur](Run& run) {
+        constructeur(run);
+        return true;
+    };
+}
+
 const std::vector<LigneRequete>& table_requetes() {
     static const std::vector<LigneRequete> table = {
-        {"f_LireCVitale", Requete_f_LireCVitale, Suite::Envoyer},
-        {"f_LireCPS", Requete_f_LireCPS, Suite::Envoyer},
-        {"f_InitialisationPS", Requete_f_InitialisationPS, Suite::Envoyer},
-        {"f_LireVersion", Requete_f_LireVersion, Suite::Envoyer},
-        {"f_MaJVersion", Requete_f_MaJVersion, Suite::Envoyer},
-        {"f_MettreAJourIdEtc", [](Run& r) { Stocker_Carte_Vitale(r); }, Suite::Verifier},
-        {"f_CreerFacture", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_SupprimerFacture", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_LireFacture", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_EnvoyerToutesFactures", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_LireInfosRetourFacture", Fonction_Non_Disponible, Suite::Verifier},
+        {"f_LireCVitale", ecrit(Requete_f_LireCVitale), Suite::Envoyer},
+        {"f_LireCPS", ecrit(Requete_f_LireCPS), Suite::Envoyer},
+        {"f_InitialisationPS", ecrit(Requete_f_InitialisationPS), Suite::Envoyer},
+        {"f_LireVersion", ecrit(Requete_f_LireVersion), Suite::Envoyer},
+        {"f_MaJVersion", ecrit(Requete_f_MaJVersion), Suite::Envoyer},
+        {"f_MettreAJourIdEtc",
+         [](Run& r) {
+             Stocker_Carte_Vitale(r);
+             return true;
+         },
+         Suite::Verifier},
+        {"f_CreerFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_SupprimerFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_LireFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_EnvoyerToutesFactures", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_LireInfosRetourFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
         {"f_LireInfosComplementaire", Requete_f_LireInfosComplementaire, Suite::Envoyer},
-        {"f_MettreAJourCV", Requete_f_MettreAJourCV, Suite::Envoyer},
-        {"f_ListerFactures", Requete_f_ListerFactures, Suite::Envoyer},
+        {"f_MettreAJourCV", ecrit(Requete_f_MettreAJourCV), Suite::Envoyer},
+        {"f_ListerFactures", ecrit(Requete_f_ListerFactures), Suite::Envoyer},
         {"f_Scor",
          [](Run& r) {
              r.log("Lancement SCOR");
              Fonction_Non_Disponible(r);
+             return true;
          },
          Suite::Verifier},
-        {"f_deldctsSCOR", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_TransfertPJ", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_TransfertPJ_unique", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_LireInfosRetourPJ", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_mettreajourStatut", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_Ordo", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_ControlePJ", Fonction_Non_Disponible, Suite::Verifier},
-        {"f_infosSV", Fonction_Non_Disponible, Suite::Verifier},
-        {"retour_f_EnvoyerToutesFacturestest", [](Run&) {}, Suite::Verifier},
+        {"f_deldctsSCOR", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_TransfertPJ", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_TransfertPJ_unique", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_LireInfosRetourPJ", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_mettreajourStatut", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_Ordo", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_ControlePJ", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"f_infosSV", ecrit(Fonction_Non_Disponible), Suite::Verifier},
+        {"retour_f_EnvoyerToutesFacturestest", [](Run&) { return true; }, Suite::Verifier},
     };
     return table;
 }
@@ -115,8 +130,11 @@ const std::vector<LigneReponse>& table_reponses() {
 void phase_requete(Run& run) {
     for (const LigneRequete& l : table_requetes()) {
         if (l.nom == run.F_Appel) {
-            l.requete(run);
             if (l.suite == Suite::Envoyer) {
+                // A request left by an earlier run must never go out in this one's name.
+                supprimer_fichier(run.fichier("ZEMO_SvRequest.xml"));
+            }
+            if (l.requete(run) && l.suite == Suite::Envoyer) {
                 Envoyer_Requete(run, run.F_Appel, 0);
             }
             return;
@@ -199,6 +217,13 @@ void Executer_Run(Run& run, const std::string& ligne) {
     }
 
     Archiver_Echange(run, run.F_Appel, run.Chemin);
+    // The archive keeps what the middleware said; the host always gets a document it
+    // can read.
+    XmlDocument reponse;
+    if (fichier_existe(run.fichier("ZEMO_SvResponse.xml")) &&
+        !reponse.charger_fichier(run.fichier("ZEMO_SvResponse.xml"))) {
+        Reponse_Illisible(run, run.F_Appel);
+    }
     Copier_Fichier(run.fichier("ZEMO_SvResponse.xml"), run.fichier("ZEMO_Response.xml"), true);
 }
 
