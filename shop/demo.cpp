@@ -10,7 +10,6 @@
 #include "data/texte_sql.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
-#include "shop/processus.h"
 #include "shop/schema.h"
 #include "sim/etat.h"
 
@@ -105,7 +104,14 @@ bool Demo::operation(const char* nom, std::string_view quoi) {
     // A stale answer from an earlier step must not pass for this one's.
     supprimer_fichier(joindre(inst_.programme, "ZEMO_Response.xml"));
     const std::string console = joindre(inst_.racine, "sv140-shop-console.txt");
-    const int fin = lancer_pont(inst_.pont(), {nom, inst_.magasin}, console);
+    // Empty input makes a console question answer Cancel; the console interface
+    // keeps the bridge's messages in the file instead of windows.
+    Lancement lancement;
+    lancement.arguments = {nom, inst_.magasin};
+    lancement.sortie = console;
+    lancement.entree_vide = true;
+    lancement.environnement = {"SV140_UI=console"};
+    const int fin = lancer_programme(inst_.pont(), lancement);
 
     std::string messages;
     if (lire_fichier(console, messages)) {

@@ -2,7 +2,6 @@
 
 #include "platform/intergiciel.h"
 #include "platform/systeme.h"
-#include "shop/processus.h"
 #include "shop/schema.h"
 #include "sim/etat.h"
 

@@ -10,7 +10,6 @@
 #include "platform/systeme.h"
 #include "shop/demo.h"
 #include "shop/installation.h"
-#include "shop/processus.h"
 #include "shop/schema.h"
 #include "sim/etat.h"
 

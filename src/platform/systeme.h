@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sv140 {
 
@@ -39,30 +40,60 @@ bool ajouter_au_fichier(const std::string& chemin, std::string_view octets);
 bool copier_fichier_systeme(const std::string& source, const std::string& destination,
                             bool echec_si_existe);
 
-/// Starts a command line and waits for its end. Returns the exit code, or -1 when the
-/// program could not be started.
+/// How a program is started by `lancer_programme`.
+struct Lancement {
+    /// The arguments after the program name, passed each as one word, blanks and
+    /// quotes included.
+    std::vector<std::string> arguments;
+    /// File that receives the program's standard output and error (created or
+    /// replaced); "" leaves both as this process has them.
+    std::string sortie;
+    /// Standard input read from the null device, so that a console question sees its
+    /// end at once; otherwise this process's input is shared.
+    bool entree_vide = false;
+    /// "NAME=value" entries added to this process's environment for the program,
+    /// each replacing a variable of the same name.
+    std::vector<std::string> environnement;
+};
+
+/// Starts `programme` and waits for its end. Linux runs exactly that path; Windows
+/// also finds a bare name the way its own command lines do (".exe" added, PATH).
+/// Returns its exit code; 128 + the signal's number for a program killed by a signal
+/// (Linux); -1 when it could not be started, including when `sortie` cannot be
+/// created.
+int lancer_programme(const std::string& programme, const Lancement& lancement);
+
+/// Starts a command line and waits for its end. Words are separated by blanks outside
+/// double quotes; the quotes are dropped and "" is an empty word; the first word is
+/// the program. Returns the exit code, or -1 when the program could not be started.
 int lancer_et_attendre_processus(const std::string& ligne);
+
+/// Gives a copied program file the right to run. False when it cannot (true on
+/// Windows, where no such right exists).
+bool rendre_executable(const std::string& chemin);
+
+/// `chemin` made absolute against the current folder (the path need not exist);
+/// `chemin` itself when the current folder cannot be read.
+std::string chemin_absolu(const std::string& chemin);
 
 /// An exclusive lock on a file, held until destruction.
 class Verrou {
-public:
+  public:
     virtual ~Verrou() = default;
 };
 /// Takes the lock on `chemin` (created when missing), waiting at most `delai`.
 /// Null when it could not be had in time.
-std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin,
-                                       std::chrono::milliseconds delai);
+std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::milliseconds delai);
 
 /// A shared library loaded by full path.
 class Bibliotheque {
-public:
+  public:
     virtual ~Bibliotheque() = default;
     /// Address of an exported symbol, or null.
     virtual void* symbole(const char* nom) = 0;
 };
 /// Loads a library by its full path; null with `raison` filled on failure.
-std::unique_ptr<Bibliotheque> charger_bibliotheque(const std::string& chemin,
-                                                   std::string& raison);
+std::unique_ptr<Bibliotheque> charger_bibliotheque(const std::string& chemin, std::string& raison);
 
 /// Value of an environment variable, "" when unset.
 std::string variable_environnement(const char* nom);

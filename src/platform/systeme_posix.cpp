@@ -3,6 +3,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -14,13 +15,11 @@
 #include <thread>
 #include <vector>
 
+extern char** environ;
+
 namespace sv140 {
 
 namespace {
-
-bool est_separateur(char c) {
-    return c == '/' || c == '\\';
-}
 
 /// A file descriptor closed on scope exit.
 class Descripteur {
@@ -102,34 +101,6 @@ bool existe(const std::string& chemin) {
     return ::lstat(chemin.c_str(), &st) == 0;
 }
 
-/// Splits a command line into words: blanks separate words outside double quotes,
-/// the quotes themselves are dropped, and "" is an empty word.
-std::vector<std::string> mots_de_commande(const std::string& ligne) {
-    std::vector<std::string> mots;
-    std::string mot;
-    bool dans_mot = false;
-    bool entre_guillemets = false;
-    for (char c : ligne) {
-        if (c == '"') {
-            entre_guillemets = !entre_guillemets;
-            dans_mot = true;
-        } else if ((c == ' ' || c == '\t') && !entre_guillemets) {
-            if (dans_mot) {
-                mots.push_back(mot);
-                mot.clear();
-                dans_mot = false;
-            }
-        } else {
-            mot += c;
-            dans_mot = true;
-        }
-    }
-    if (dans_mot) {
-        mots.push_back(mot);
-    }
-    return mots;
-}
-
 class VerrouPosix : public Verrou {
   public:
     explicit VerrouPosix(int fd) : fd_(fd) {}
@@ -157,37 +128,6 @@ class BibliothequePosix : public Bibliotheque {
 
 char separateur() {
     return '/';
-}
-
-std::string joindre(std::string_view dossier, std::string_view nom) {
-    std::string chemin(dossier);
-    chemin += separateur();
-    chemin += nom;
-    return chemin;
-}
-
-std::string dossier_parent(std::string_view chemin) {
-    // A trailing separator names the same folder: "/a/b/" is in "/a".
-    std::size_t fin = chemin.size();
-    while (fin > 1 && est_separateur(chemin[fin - 1])) {
-        --fin;
-    }
-    std::size_t i = fin;
-    while (i > 0 && !est_separateur(chemin[i - 1])) {
-        --i;
-    }
-    if (i == 0) {
-        return std::string();
-    }
-    std::size_t coupe = i - 1;
-    while (coupe > 0 && est_separateur(chemin[coupe - 1])) {
-        --coupe;
-    }
-    // The root keeps its separator ("/x" is in "/", "C:\x" in "C:\").
-    if (coupe == 0 || chemin[coupe - 1] == ':') {
-        return std::string(chemin.substr(0, coupe + 1));
-    }
-    return std::string(chemin.substr(0, coupe));
 }
 
 std::string dossier_programme() {
@@ -317,49 +257,67 @@ bool copier_fichier_systeme(const std::string& source, const std::string& destin
     return place;
 }
 
-int lancer_et_attendre_processus(const std::string& ligne) {
-    std::vector<std::string> mots = mots_de_commande(ligne);
-    if (mots.empty() || mots[0].empty()) {
-        return -1;
-    }
-    std::vector<char*> arguments;
+int lancer_programme(const std::string& programme, const Lancement& lancement) {
+    std::vector<std::string> mots;
+    mots.push_back(programme);
+    mots.insert(mots.end(), lancement.arguments.begin(), lancement.arguments.end());
+    std::vector<char*> argv;
     for (std::string& mot : mots) {
-        arguments.push_back(mot.data());
+        argv.push_back(mot.data());
     }
-    arguments.push_back(nullptr);
+    argv.push_back(nullptr);
 
-    // The child reports a failed exec through this pipe; a successful exec closes it.
-    int tube[2];
-    if (::pipe2(tube, O_CLOEXEC) != 0) {
+    std::vector<std::string> variables;
+    for (char** e = environ; *e != nullptr; ++e) {
+        const std::string_view variable(*e);
+        const std::string_view nom = variable.substr(0, variable.find('=') + 1);
+        bool remplacee = false;
+        for (const std::string& ajout : lancement.environnement) {
+            if (std::string_view(ajout).substr(0, ajout.find('=') + 1) == nom) {
+                remplacee = true;
+                break;
+            }
+        }
+        if (!remplacee) {
+            variables.emplace_back(variable);
+        }
+    }
+    variables.insert(variables.end(), lancement.environnement.begin(),
+                     lancement.environnement.end());
+    std::vector<char*> envp;
+    for (std::string& variable : variables) {
+        envp.push_back(variable.data());
+    }
+    envp.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    if (::posix_spawn_file_actions_init(&actions) != 0) {
         return -1;
     }
-    pid_t pid = ::fork();
-    if (pid < 0) {
-        ::close(tube[0]);
-        ::close(tube[1]);
+    if (lancement.entree_vide) {
+        ::posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    }
+    if (!lancement.sortie.empty()) {
+        ::posix_spawn_file_actions_addopen(&actions, 1, lancement.sortie.c_str(),
+                                           O_WRONLY | O_CREAT | O_TRUNC, 0666);
+        ::posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    }
+    // The C library reports a failed exec or a file it could not open as the result,
+    // so a program that did not start is never mistaken for one that exited 127.
+    pid_t pid = 0;
+    const int erreur =
+        ::posix_spawn(&pid, programme.c_str(), &actions, nullptr, argv.data(), envp.data());
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (erreur != 0) {
         return -1;
     }
-    if (pid == 0) {
-        ::execv(arguments[0], arguments.data());
-        int erreur = errno;
-        ssize_t ignore = ::write(tube[1], &erreur, sizeof erreur);
-        (void)ignore;
-        ::_exit(127);
-    }
-    ::close(tube[1]);
-    int erreur = 0;
-    ssize_t lu;
-    do {
-        lu = ::read(tube[0], &erreur, sizeof erreur);
-    } while (lu < 0 && errno == EINTR);
-    ::close(tube[0]);
 
     int statut = 0;
     pid_t fini;
     do {
         fini = ::waitpid(pid, &statut, 0);
     } while (fini < 0 && errno == EINTR);
-    if (lu > 0 || fini != pid) {
+    if (fini != pid) {
         return -1;
     }
     if (WIFEXITED(statut)) {
@@ -367,6 +325,38 @@ int lancer_et_attendre_processus(const std::string& ligne) {
     }
     // A program ended by a signal has no exit code; report it as a shell would.
     return WIFSIGNALED(statut) ? 128 + WTERMSIG(statut) : -1;
+}
+
+bool rendre_executable(const std::string& chemin) {
+    return ::chmod(chemin.c_str(), 0755) == 0;
+}
+
+std::string chemin_absolu(const std::string& chemin) {
+    std::string absolu = chemin;
+    if (chemin.empty() || chemin.front() != '/') {
+        std::vector<char> courant(4096);
+        while (::getcwd(courant.data(), courant.size()) == nullptr) {
+            if (errno != ERANGE) {
+                return chemin;
+            }
+            courant.resize(courant.size() * 2);
+        }
+        absolu = courant.data();
+        std::string_view relatif = chemin;
+        while (relatif.substr(0, 2) == "./") {
+            relatif.remove_prefix(2);
+        }
+        if (!relatif.empty() && relatif != ".") {
+            if (absolu.back() != '/') {
+                absolu += '/';
+            }
+            absolu += relatif;
+        }
+    }
+    while (absolu.size() > 1 && absolu.back() == '/') {
+        absolu.pop_back();
+    }
+    return absolu;
 }
 
 std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::milliseconds delai) {

@@ -10,8 +10,10 @@
 #endif
 #include <windows.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/encodage.h"
@@ -19,10 +21,6 @@
 namespace sv140 {
 
 namespace {
-
-bool est_separateur(char c) {
-    return c == '/' || c == '\\';
-}
 
 std::wstring large(std::string_view utf8) {
     const std::u16string texte = utf8_vers_utf16(utf8);
@@ -44,6 +42,14 @@ class Poignee {
     }
     Poignee(const Poignee&) = delete;
     Poignee& operator=(const Poignee&) = delete;
+    Poignee(Poignee&& autre) noexcept : h_(autre.liberer()) {}
+    Poignee& operator=(Poignee&& autre) noexcept {
+        if (this != &autre) {
+            fermer();
+            h_ = autre.liberer();
+        }
+        return *this;
+    }
 
     HANDLE get() const { return h_; }
     bool valide() const { return h_ != INVALID_HANDLE_VALUE && h_ != nullptr; }
@@ -108,6 +114,97 @@ void traiter_messages() {
     }
 }
 
+/// One argument written so that the C runtime's command-line splitting gives it back
+/// unchanged: quoted when it holds blanks or quotes or is empty, a quote preceded by a
+/// backslash, and the backslashes before a quote or the closing quote doubled.
+std::wstring argument_cite(const std::wstring& argument) {
+    if (!argument.empty() && argument.find_first_of(L" \t\n\v\"") == std::wstring::npos) {
+        return argument;
+    }
+    std::wstring cite = L"\"";
+    std::size_t barres = 0;
+    for (wchar_t c : argument) {
+        if (c == L'\\') {
+            ++barres;
+            continue;
+        }
+        if (c == L'"') {
+            cite.append(barres * 2 + 1, L'\\');
+        } else {
+            cite.append(barres, L'\\');
+        }
+        barres = 0;
+        cite.push_back(c);
+    }
+    cite.append(barres * 2, L'\\');
+    cite.push_back(L'"');
+    return cite;
+}
+
+/// An inheritable copy of `h`, or an invalid handle when `h` is none.
+Poignee copie_heritable(HANDLE h) {
+    HANDLE copie = nullptr;
+    if (h == nullptr || h == INVALID_HANDLE_VALUE ||
+        !::DuplicateHandle(::GetCurrentProcess(), h, ::GetCurrentProcess(), &copie, 0, TRUE,
+                           DUPLICATE_SAME_ACCESS)) {
+        return Poignee();
+    }
+    return Poignee(copie);
+}
+
+Poignee copie_heritable(DWORD flux) {
+    return copie_heritable(::GetStdHandle(flux));
+}
+
+/// The name part of "NAME=value", "=" included. Entries such as "=C:=C:\\x" (the
+/// current folder of each drive) start with '=' that belongs to the name.
+std::wstring_view nom_de_variable(std::wstring_view variable) {
+    const std::size_t egal = variable.find(L'=', 1);
+    return variable.substr(0, egal == std::wstring_view::npos ? variable.size() : egal + 1);
+}
+
+bool meme_nom(std::wstring_view a, std::wstring_view b) {
+    return ::CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(),
+                                  static_cast<int>(b.size()), TRUE) == CSTR_EQUAL;
+}
+
+/// This process's environment with `ajouts` added or replacing, as the double-nul
+/// terminated block CreateProcessW takes. The system expects it sorted by name without
+/// regard to case.
+std::vector<wchar_t> bloc_environnement(const std::vector<std::string>& ajouts) {
+    std::vector<std::wstring> variables;
+    for (const std::string& ajout : ajouts) {
+        variables.push_back(large(ajout));
+    }
+    if (wchar_t* actuel = ::GetEnvironmentStringsW()) {
+        for (const wchar_t* p = actuel; *p != L'\0'; p += std::wcslen(p) + 1) {
+            const std::wstring_view variable(p);
+            bool remplacee = false;
+            for (std::size_t i = 0; i < ajouts.size() && !remplacee; ++i) {
+                remplacee = meme_nom(nom_de_variable(variables[i]), nom_de_variable(variable));
+            }
+            if (!remplacee) {
+                variables.emplace_back(variable);
+            }
+        }
+        ::FreeEnvironmentStringsW(actuel);
+    }
+    std::stable_sort(
+        variables.begin(), variables.end(), [](const std::wstring& a, const std::wstring& b) {
+            const std::wstring_view na = nom_de_variable(a);
+            const std::wstring_view nb = nom_de_variable(b);
+            return ::CompareStringOrdinal(na.data(), static_cast<int>(na.size()), nb.data(),
+                                          static_cast<int>(nb.size()), TRUE) == CSTR_LESS_THAN;
+        });
+    std::vector<wchar_t> bloc;
+    for (const std::wstring& variable : variables) {
+        bloc.insert(bloc.end(), variable.begin(), variable.end());
+        bloc.push_back(L'\0');
+    }
+    bloc.push_back(L'\0');
+    return bloc;
+}
+
 class VerrouWin32 : public Verrou {
   public:
     explicit VerrouWin32(HANDLE h) : h_(h) {}
@@ -142,37 +239,6 @@ class BibliothequeWin32 : public Bibliotheque {
 
 char separateur() {
     return '\\';
-}
-
-std::string joindre(std::string_view dossier, std::string_view nom) {
-    std::string chemin(dossier);
-    chemin += separateur();
-    chemin += nom;
-    return chemin;
-}
-
-std::string dossier_parent(std::string_view chemin) {
-    // A trailing separator names the same folder: "C:\a\b\" is in "C:\a".
-    std::size_t fin = chemin.size();
-    while (fin > 1 && est_separateur(chemin[fin - 1])) {
-        --fin;
-    }
-    std::size_t i = fin;
-    while (i > 0 && !est_separateur(chemin[i - 1])) {
-        --i;
-    }
-    if (i == 0) {
-        return std::string();
-    }
-    std::size_t coupe = i - 1;
-    while (coupe > 0 && est_separateur(chemin[coupe - 1])) {
-        --coupe;
-    }
-    // The root keeps its separator ("C:\x" is in "C:\").
-    if (coupe == 0 || chemin[coupe - 1] == ':') {
-        return std::string(chemin.substr(0, coupe + 1));
-    }
-    return std::string(chemin.substr(0, coupe));
 }
 
 std::string dossier_programme() {
@@ -272,22 +338,70 @@ bool copier_fichier_systeme(const std::string& source, const std::string& destin
                        echec_si_existe ? TRUE : FALSE) != 0;
 }
 
-int lancer_et_attendre_processus(const std::string& ligne) {
-    std::wstring texte = large(ligne);
-    std::vector<wchar_t> commande(texte.begin(), texte.end());
-    commande.push_back(L'\0');
+int lancer_programme(const std::string& programme, const Lancement& lancement) {
+    std::wstring ligne = L"\"" + large(programme) + L"\"";
+    for (const std::string& argument : lancement.arguments) {
+        ligne += L' ';
+        ligne += argument_cite(large(argument));
+    }
 
     STARTUPINFOW demarrage{};
     demarrage.cb = sizeof demarrage;
     demarrage.dwFlags = STARTF_USESHOWWINDOW;
     demarrage.wShowWindow = SW_SHOWNORMAL;
+    DWORD drapeaux = 0;
+    BOOL heriter = FALSE;
+    Poignee entree, sortie, erreur;
+    if (lancement.entree_vide || !lancement.sortie.empty()) {
+        SECURITY_ATTRIBUTES heritage{sizeof heritage, nullptr, TRUE};
+        if (lancement.entree_vide) {
+            entree =
+                Poignee(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      &heritage, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        } else {
+            entree = copie_heritable(STD_INPUT_HANDLE);
+        }
+        if (!lancement.sortie.empty()) {
+            sortie = Poignee(::CreateFileW(large(lancement.sortie).c_str(), GENERIC_WRITE,
+                                           FILE_SHARE_READ, &heritage, CREATE_ALWAYS,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+            if (!sortie.valide()) {
+                return -1;
+            }
+            // Output and error share one handle, hence one file position: their lines
+            // interleave as the program writes them.
+            erreur = copie_heritable(sortie.get());
+            // The program's console output is in the file; it needs no window.
+            drapeaux |= CREATE_NO_WINDOW;
+        } else {
+            sortie = copie_heritable(STD_OUTPUT_HANDLE);
+            erreur = copie_heritable(STD_ERROR_HANDLE);
+        }
+        demarrage.dwFlags |= STARTF_USESTDHANDLES;
+        demarrage.hStdInput = entree.valide() ? entree.get() : nullptr;
+        demarrage.hStdOutput = sortie.valide() ? sortie.get() : nullptr;
+        demarrage.hStdError = erreur.valide() ? erreur.get() : nullptr;
+        heriter = TRUE;
+    }
+
+    std::vector<wchar_t> bloc;
+    if (!lancement.environnement.empty()) {
+        bloc = bloc_environnement(lancement.environnement);
+        drapeaux |= CREATE_UNICODE_ENVIRONMENT;
+    }
+
     PROCESS_INFORMATION processus{};
-    if (!::CreateProcessW(nullptr, commande.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                          &demarrage, &processus)) {
+    // No application name: a bare program name is found as a typed command would be.
+    if (!::CreateProcessW(nullptr, ligne.data(), nullptr, nullptr, heriter, drapeaux,
+                          bloc.empty() ? nullptr : bloc.data(), nullptr, &demarrage, &processus)) {
         return -1;
     }
     ::CloseHandle(processus.hThread);
     Poignee h(processus.hProcess);
+    // The child holds its own copies now.
+    entree.fermer();
+    sortie.fermer();
+    erreur.fermer();
 
     // The wait ends on the process's end, not on an exit code: a program that ends
     // with 259 has ended.
@@ -308,6 +422,24 @@ int lancer_et_attendre_processus(const std::string& ligne) {
         return -1;
     }
     return static_cast<int>(code);
+}
+
+bool rendre_executable(const std::string&) {
+    return true;
+}
+
+std::string chemin_absolu(const std::string& chemin) {
+    const std::wstring relatif = large(chemin);
+    const DWORD taille = ::GetFullPathNameW(relatif.c_str(), 0, nullptr, nullptr);
+    if (taille == 0) {
+        return chemin;
+    }
+    std::vector<wchar_t> absolu(taille);
+    const DWORD ecrit = ::GetFullPathNameW(relatif.c_str(), taille, absolu.data(), nullptr);
+    if (ecrit == 0 || ecrit >= taille) {
+        return chemin;
+    }
+    return etroit(absolu.data(), ecrit);
 }
 
 std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::milliseconds delai) {

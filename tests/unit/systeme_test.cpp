@@ -1,5 +1,6 @@
 #include "platform/systeme.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,7 +8,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace sv140 {
 namespace {
@@ -184,6 +187,114 @@ TEST_F(SystemeTest, LancerEtAttendreRendLeCodeDeSortie) {
     };
     for (const auto& c : cas) {
         EXPECT_EQ(lancer_et_attendre_processus(c.ligne), c.code) << c.ligne;
+    }
+}
+
+TEST_F(SystemeTest, LancerProgrammeTransmetChaqueArgumentTelQuel) {
+    // The script writes each argument it received between bars into the file $0.
+    const std::string script = "printf '%s|' \"$@\" > \"$0\"";
+    const struct {
+        std::vector<std::string> arguments;
+        const char* recu;
+    } cas[] = {
+        {{"a b", "c\"d", ""}, "a b|c\"d||"},
+        {{"C:\\Shop\\", "\\\"", "'"}, "C:\\Shop\\|\\\"|'|"},
+        {{"*", "$HOME", "; exit 9"}, "*|$HOME|; exit 9|"},
+        {{"\t\n", "éàç"}, "\t\n|éàç|"},
+    };
+    for (const auto& c : cas) {
+        Lancement lancement;
+        lancement.arguments = {"-c", script, chemin("recu.txt")};
+        lancement.arguments.insert(lancement.arguments.end(), c.arguments.begin(),
+                                   c.arguments.end());
+        EXPECT_EQ(lancer_programme("/bin/sh", lancement), 0) << c.recu;
+        EXPECT_EQ(contenu("recu.txt"), c.recu);
+    }
+}
+
+TEST_F(SystemeTest, LancerProgrammeEntreeSortieEtEnvironnement) {
+    ASSERT_EQ(setenv("SV140_UI", "fenetre", 1), 0);
+    ASSERT_EQ(setenv("SV140_GARDEE", "oui", 1), 0);
+    // This process's own input has something to read, so that a child reading it
+    // instead of the null device shows.
+    ASSERT_TRUE(ecrire_fichier(chemin("entree.txt"), "saisie\n"));
+    const int entree_du_test = dup(0);
+    const int entree = open(chemin("entree.txt").c_str(), O_RDONLY);
+    ASSERT_GE(entree, 0);
+    ASSERT_EQ(dup2(entree, 0), 0);
+    close(entree);
+    const struct {
+        const char* script;
+        bool entree_vide;
+        std::vector<std::string> environnement;
+        int code;
+        const char* sortie;
+    } cas[] = {
+        {"echo un; echo deux >&2; echo trois; exit 4", true, {}, 4, "un\ndeux\ntrois\n"},
+        // A program reading its input finds the end at once instead of waiting.
+        {"cat; echo fin", true, {}, 0, "fin\n"},
+        {"cat; echo fin", false, {}, 0, "saisie\nfin\n"},
+        {"echo \"$SV140_UI $SV140_GARDEE $SV140_NOUVELLE\"",
+         true,
+         {"SV140_UI=console", "SV140_NOUVELLE=1"},
+         0,
+         "console oui 1\n"},
+        {"echo \"[$SV140_UI]\"", true, {"SV140_UI="}, 0, "[]\n"},
+        {"echo \"$SV140_UI\"", true, {}, 0, "fenetre\n"},
+    };
+    for (const auto& c : cas) {
+        ASSERT_TRUE(ecrire_fichier(chemin("console.txt"), "ancien contenu remplacé\n"));
+        Lancement lancement;
+        lancement.arguments = {"-c", c.script};
+        lancement.sortie = chemin("console.txt");
+        lancement.entree_vide = c.entree_vide;
+        lancement.environnement = c.environnement;
+        EXPECT_EQ(lancer_programme("/bin/sh", lancement), c.code) << c.script;
+        EXPECT_EQ(contenu("console.txt"), c.sortie) << c.script;
+    }
+    // The additions went to the child only.
+    EXPECT_EQ(variable_environnement("SV140_UI"), "fenetre");
+    EXPECT_EQ(variable_environnement("SV140_NOUVELLE"), "");
+    unsetenv("SV140_UI");
+    unsetenv("SV140_GARDEE");
+    dup2(entree_du_test, 0);
+    close(entree_du_test);
+}
+
+TEST_F(SystemeTest, LancerProgrammeQuiNePeutDemarrer) {
+    const std::string copie = chemin("copie.sh");
+    ASSERT_TRUE(ecrire_fichier(copie, "#!/bin/sh\nexit 6\n"));
+    Lancement dans_un_dossier_absent;
+    dans_un_dossier_absent.sortie = chemin("manque/console.txt");
+
+    EXPECT_EQ(lancer_programme(chemin("absent"), Lancement{}), -1);
+    EXPECT_EQ(lancer_programme("sh", Lancement{}), -1);
+    EXPECT_EQ(lancer_programme("/bin/true", dans_un_dossier_absent), -1);
+    // A copied program runs only once it has been made runnable.
+    EXPECT_EQ(lancer_programme(copie, Lancement{}), -1);
+    EXPECT_TRUE(rendre_executable(copie));
+    EXPECT_EQ(lancer_programme(copie, Lancement{}), 6);
+    EXPECT_FALSE(rendre_executable(chemin("absent")));
+}
+
+TEST(Chemins, CheminAbsoluPartDuDossierCourant) {
+    const std::string courant = std::filesystem::current_path().string();
+    const std::string dedans = courant == "/" ? "/" : courant + "/";
+    const struct {
+        std::string chemin;
+        std::string absolu;
+    } cas[] = {
+        {"/opt/belvane/Sv140", "/opt/belvane/Sv140"},
+        {"/opt/belvane/Sv140//", "/opt/belvane/Sv140"},
+        {"/", "/"},
+        {"boutique", dedans + "boutique"},
+        {"./././boutique/", dedans + "boutique"},
+        {"boutique/Sv140", dedans + "boutique/Sv140"},
+        {".", courant},
+        {"", courant},
+    };
+    for (const auto& c : cas) {
+        EXPECT_EQ(chemin_absolu(c.chemin), c.absolu) << c.chemin;
     }
 }
 
