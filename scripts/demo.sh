@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/dependances.sh
-cmake -S . -B build -DSV140_TESTS=OFF >/dev/null
-cmake --build build -j"$(nproc)" >/dev/null
+cmake -S . -B build >/dev/null
+cmake --build build -j"$(nproc)" --target sv140 WebQuintara2 sv140-shop >/dev/null
 dossier="${1:-$(mktemp -d /tmp/sv140-demo.XXXXXX)}"
 build/bin/sv140-shop demo "$dossier"

@@ -5,6 +5,6 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/dependances.sh
 build="${BUILD:-build}"
-cmake -S . -B "$build" "$@" >/dev/null
+cmake -S . -B "$build" -DSV140_TESTS=ON "$@" >/dev/null
 cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
