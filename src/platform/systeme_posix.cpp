@@ -372,18 +372,17 @@ std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::m
     verrou.l_whence = SEEK_SET;
     verrou.l_start = 0;
     verrou.l_len = 0;
-    const auto limite = std::chrono::steady_clock::now() + delai;
-    for (;;) {
+    // The wait is counted in attempts, not read from a clock: a clock can stand still
+    // (a machine whose time is fixed for a test), a count cannot.
+    constexpr std::chrono::milliseconds kPas(20);
+    for (auto essais = delai / kPas;; --essais) {
         if (::fcntl(fd.get(), F_OFD_SETLK, &verrou) == 0) {
             return std::make_unique<VerrouPosix>(fd.liberer());
         }
-        if (errno != EACCES && errno != EAGAIN && errno != EINTR) {
+        if ((errno != EACCES && errno != EAGAIN && errno != EINTR) || essais <= 0) {
             return nullptr;
         }
-        if (std::chrono::steady_clock::now() >= limite) {
-            return nullptr;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        std::this_thread::sleep_for(kPas);
     }
 }
 

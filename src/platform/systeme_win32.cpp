@@ -450,18 +450,18 @@ std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::m
         return nullptr;
     }
     Poignee fichier(h);
-    const auto limite = std::chrono::steady_clock::now() + delai;
-    for (;;) {
+    // Counted in attempts, like the Linux wait: a fixed test clock must not stop it.
+    constexpr std::chrono::milliseconds kPas(20);
+    for (auto essais = delai / kPas;; --essais) {
         OVERLAPPED debut{};
         if (::LockFileEx(h, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, MAXDWORD,
                          MAXDWORD, &debut)) {
             return std::make_unique<VerrouWin32>(fichier.liberer());
         }
-        if (::GetLastError() != ERROR_LOCK_VIOLATION ||
-            std::chrono::steady_clock::now() >= limite) {
+        if (::GetLastError() != ERROR_LOCK_VIOLATION || essais <= 0) {
             return nullptr;
         }
-        ::Sleep(20);
+        ::Sleep(static_cast<DWORD>(kPas.count()));
     }
 }
 
