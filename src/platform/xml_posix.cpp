@@ -238,31 +238,30 @@ bool XmlDocument::enregistrer(const std::string& chemin) const {
 
 std::string xpath_litteral(std::string_view valeur) {
     if (valeur.find('\'') == std::string_view::npos) {
-        return "'" + std::string(valeur) + "'";
+        return std::string("'").append(valeur).append("'");
     }
     if (valeur.find('"') == std::string_view::npos) {
-        return "\"" + std::string(valeur) + "\"";
+        return std::string("\"").append(valeur).append("\"");
     }
     // Both kinds of quotes: glue the pieces between apostrophes back together.
     std::string r = "concat(";
     std::size_t debut = 0;
-    bool premier = true;
-    while (true) {
+    for (bool premier = true;; premier = false) {
         auto pos = valeur.find('\'', debut);
-        std::string_view morceau = valeur.substr(
-            debut, pos == std::string_view::npos ? std::string_view::npos : pos - debut);
-        if (!morceau.empty()) {
-            r += (premier ? "'" : ", '") + std::string(morceau) + "'";
-            premier = false;
+        std::string_view morceau = valeur.substr(debut, pos == std::string_view::npos
+                                                             ? std::string_view::npos
+                                                             : pos - debut);
+        if (!premier) {
+            r.append(", ");
         }
+        r.append("'").append(morceau).append("'");
         if (pos == std::string_view::npos) {
             break;
         }
-        r += premier ? "\"'\"" : ", \"'\"";
-        premier = false;
+        r.append(", \"'\"");
         debut = pos + 1;
     }
-    return r + ")";
+    return r.append(")");
 }
 
 }  // namespace sv140

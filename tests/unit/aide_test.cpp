@@ -1,5 +1,6 @@
 #include "aide_test.h"
 
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>

@@ -6,23 +6,29 @@
 namespace sv140 {
 namespace {
 
-TEST(Xml, TexteDesNoeudsCommeLeVoitLHote) {
+TEST(Xml, TextAndSelection) {
     XmlDocument doc;
-    ASSERT_TRUE(doc.charger_texte(
-        "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
-        "<R><a>  Zo\xe9  </a><b><![CDATA[x<y]]></b><c>d<e>e</e>f</c><vide/></R>"));
-    struct Cas {
-        const char* chemin;
-        const char* attendu;
+    ASSERT_TRUE(
+        doc.charger_texte("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
+                          "<R><a>  Zo\xe9  </a><b><![CDATA[x<y]]></b><c>d<e>e</e>f</c><vide/>"
+                          "<B><v>1</v><v>2</v></B><B><v>3</v></B></R>"));
+    const struct {
+        const char *chemin, *attendu;
     } cas[] = {
-        {"/R/a", "Zoé"}, {"/R/b", "x<y"}, {"/R/c", "def"}, {"/R/vide", ""}, {"/R/absent", ""},
-    };
-    for (const Cas& c : cas) {
+        {"/R/a", "Zoé"}, {"/R/b", "x<y"}, {"/R/c", "def"}, {"/R/vide", ""}, {"/R/absent", ""}};
+    for (const auto& c : cas) {
         EXPECT_EQ(doc.racine().texte_de(c.chemin), c.attendu) << c.chemin;
     }
+    auto b = doc.selectionner("/R/B");
+    ASSERT_EQ(b.size(), 2u);
+    auto v = b[0].selectionner("v");
+    ASSERT_EQ(v.size(), 2u);
+    EXPECT_EQ(v[1].texte(), "2");
+    EXPECT_EQ(b[1].texte_de("v"), "3");
+    EXPECT_TRUE(doc.selectionner("/R/B[").empty());
 }
 
-TEST(Xml, DocumentsIllisibles) {
+TEST(Xml, UnreadableDocuments) {
     XmlDocument doc;
     for (const char* texte : {"", "<R>", "<R></S>", "pas du xml", "<?xml version=\"1.0\"?>"}) {
         EXPECT_FALSE(doc.charger_texte(texte)) << texte;
@@ -31,22 +37,20 @@ TEST(Xml, DocumentsIllisibles) {
     EXPECT_FALSE(doc.charger_fichier("/nonexistent/ZEMO_SvResponse.xml"));
 }
 
-TEST(Xml, EnregistreEnLatin1AvecSaDeclaration) {
+TEST(Xml, SavedInLatin1WithItsDeclaration) {
     test::DossierTemporaire dossier;
     XmlDocument doc;
-    XmlNoeud r = doc.creer_racine("ZRMESSAGE");
-    r.ajouter("nom", "D'ARTAGNAN-LEFÈVRE <&> \"Zaza\"");
+    doc.creer_racine("ZRMESSAGE").ajouter("nom", "D'ARTAGNAN-LEFÈVRE <&> \"Zaza\"");
     ASSERT_TRUE(doc.enregistrer(dossier / "r.xml"));
     std::string octets = test::lire(dossier / "r.xml");
     EXPECT_EQ(octets.rfind("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>", 0), 0u);
     EXPECT_NE(octets.find("LEF\xc8VRE"), std::string::npos);
-
     XmlDocument relu;
     ASSERT_TRUE(relu.charger_fichier(dossier / "r.xml"));
     EXPECT_EQ(relu.racine().texte_de("nom"), "D'ARTAGNAN-LEFÈVRE <&> \"Zaza\"");
 }
 
-TEST(Xml, LesLitterauxXPathGardentLaValeurEntiere) {
+TEST(Xml, XPathLiteralsKeepTheWholeValue) {
     XmlDocument doc;
     ASSERT_TRUE(doc.charger_texte(
         "<R><B><N>1'2</N></B><B><N>a\"b</N></B><B><N>x'y\"z</N></B><B><N>ok</N></B></R>"));
@@ -56,18 +60,6 @@ TEST(Xml, LesLitterauxXPathGardentLaValeurEntiere) {
         EXPECT_EQ(noeuds[0].texte_de("N"), valeur);
     }
     EXPECT_TRUE(doc.selectionner("/R/B[N=" + xpath_litteral("' or '1'='1") + "]").empty());
-}
-
-TEST(Xml, SelectionRelativeEtOrdreDuDocument) {
-    XmlDocument doc;
-    ASSERT_TRUE(doc.charger_texte("<R><B><v>1</v><v>2</v></B><B><v>3</v></B></R>"));
-    auto b = doc.selectionner("/R/B");
-    ASSERT_EQ(b.size(), 2u);
-    auto v = b[0].selectionner("v");
-    ASSERT_EQ(v.size(), 2u);
-    EXPECT_EQ(v[1].texte(), "2");
-    EXPECT_EQ(b[1].texte_de("v"), "3");
-    EXPECT_TRUE(doc.selectionner("/R/B[").empty());
 }
 
 }  // namespace
