@@ -6,7 +6,7 @@ paquets=(
   cmake g++ make pkg-config
   libxml2-dev
   unixodbc-dev odbcinst libsqliteodbc sqlite3 libsqlite3-dev
-  googletest libgtest-dev libbenchmark-dev
+  googletest libgtest-dev
   faketime
 )
 manquants=()
