@@ -1,0 +1,180 @@
+// A new shop: the databases accept the bridge's and the host's statements as they send
+// them and start with the values their flows rely on; nothing already there is replaced.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "data/connexion.h"
+#include "platform/intergiciel.h"
+#include "shop/demo.h"
+#include "shop/installation.h"
+#include "shop/schema.h"
+
+namespace sv140::shop {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contenu(const fs::path& chemin) {
+    std::ostringstream texte;
+    texte << std::ifstream(chemin, std::ios::binary).rdbuf();
+    return texte.str();
+}
+
+/// A fresh folder for each test.
+class Magasin : public ::testing::Test {
+  protected:
+    void SetUp() override { fs::create_directories(dossier_); }
+    void TearDown() override { fs::remove_all(dossier_); }
+
+    const fs::path dossier_ =
+        fs::temp_directory_path() / ("sv140-shop-" + std::to_string(std::random_device{}()));
+};
+
+using Schema = Magasin;
+using Installation = Magasin;
+
+struct Instruction {
+    const char* base;
+    std::string sql;
+    // A query's first row, as "column=text ..."; "" for a query that finds no row, null
+    // for a statement that returns none.
+    const char* premiere_ligne = nullptr;
+};
+
+TEST_F(Schema, LesBasesAcceptentLesInstructionsDuPontEtDeLHote) {
+    std::string erreur;
+    ASSERT_TRUE(Creer_Bases(dossier_.string(), (dossier_ / kBaseTemporaire).string(), erreur))
+        << erreur;
+    for (const char* nom : {kBasePont, kBaseHote, kBaseTemporaire}) {
+        EXPECT_EQ(Connexion::moteur_du_fichier((dossier_ / nom).string()), Moteur::SQLite) << nom;
+    }
+    Connexion pont;
+    Connexion hote;
+    ASSERT_TRUE(pont.ouvrir((dossier_ / kBasePont).string())) << pont.derniere_erreur();
+    ASSERT_TRUE(hote.ouvrir((dossier_ / kBaseHote).string())) << hote.derniere_erreur();
+
+    const char* P = kBasePont;
+    const char* H = kBaseHote;
+    const std::string facture =
+        "INSERT INTO T_InfosFacture ( Info_Facture_NUMFAC, Info_Facture_dteCreate, "
+        "Info_Facture_TOTALFAC ) SELECT '123' AS v1, #03/05/2024# as v1d, 123.45 AS v12;";
+    const std::string piece = "SELECT T_InfosSCor.* FROM T_InfosSCor;";
+    // In order: each statement finds the rows the earlier ones wrote.
+    const Instruction instructions[] = {
+        {P, "SELECT T_InfoParam.* From T_InfoParam WHERE (((T_InfoParam.Info_Param_ID)=1));",
+         "Num_Situ=1 SCORActif=0"},
+        {P,
+         "UPDATE T_InfosCarteVitale SET T_InfosCarteVitale.Info_CV_DAMO_DEB_9 = '9', "
+         "T_InfosCarteVitale.Info_CV_DMUT_FIN_9 = '9' WHERE "
+         "(((T_InfosCarteVitale.Info_CV_ID)=1));"},
+        // A deleted row's key is never handed out again: the bridge reads a new row's key
+        // back as the largest one.
+        {P, facture},
+        {P, "DELETE * FROM T_InfosFacture;"},
+        {P, facture},
+        {P, "SELECT Max(T_InfosFacture.Info_Facture_ID) AS ID_FAC FROM T_InfosFacture;",
+         "ID_FAC=2"},
+        {P, "INSERT INTO T_InfosSCor (InfosSCor_NUMFAC, InfosSCor_Nature) VALUES ('123', 'ORDN')"},
+        {P, piece, "Pointage=-1 C_Erreur=0 C_Statut=0"},  // waits to be sent
+        {P,
+         "UPDATE T_InfosSCor SET T_InfosSCor.C_Statut = 12, T_InfosSCor.InfosSCor_ARL = 0 WHERE "
+         "(((Trim(Val([InfosSCor_NUMFAC])))='123'));"},
+        {P, piece, "C_Statut=12"},
+        {H, "SELECT Max(Version.Version) AS Num_Version FROM Version;", "Num_Version=3600"},
+        {H, "DELETE DISTINCTROW [Sélection Verres].[Nom du Verre] FROM [Sélection Verres];"},
+        {H,
+         "INSERT INTO [Sélection Verres] ( [Nom du Verre], Diamètre, [Plage-Mini], [Code Liaison "
+         "Vidéo] ) SELECT 'D''ARTAGNAN' AS NA, 0 AS QL, '19800315' AS DN, '017510000' AS CA;"},
+        {H,
+         "INSERT INTO T_Etat_Civil ( N°, [Sécurité sociale], [Date Naissance], Divers ) VALUES ( "
+         "1, '180017512345645', #03/15/1980#, '!3113' );"},
+        {H,
+         "INSERT INTO [Bordereau Mutuelle] (NumFicheCommande, TotalMutuelle) VALUES ('C12', 80);"},
+        {H,
+         "UPDATE [Bordereau Mutuelle] SET [Bordereau Mutuelle].Pointage = -1, [Bordereau "
+         "Mutuelle].Date_pointage = Date() WHERE ((([Bordereau "
+         "Mutuelle].NumFicheCommande)=\"C12\") AND (([Bordereau Mutuelle].TotalMutuelle)>0));"},
+        {H, "SELECT [Bordereau Mutuelle].* FROM [Bordereau Mutuelle];", "Pointage=-1"},
+        {H,
+         "SELECT [Fiche Technique Optique].[NUMERO FACTURE], [Saisie des Clients].Prénom FROM "
+         "[Fiche Technique Optique] INNER JOIN [Saisie des Clients] ON [Fiche Technique "
+         "Optique].Lien = [Saisie des Clients].N°;",
+         ""},
+    };
+    for (const Instruction& i : instructions) {
+        SCOPED_TRACE(i.sql);
+        Connexion& cnx = std::string(i.base) == kBasePont ? pont : hote;
+        if (i.premiere_ligne == nullptr) {
+            EXPECT_TRUE(cnx.Execute(i.sql)) << cnx.derniere_erreur();
+            continue;
+        }
+        auto rs = cnx.Ouvrir(i.sql);
+        ASSERT_TRUE(rs.has_value()) << cnx.derniere_erreur();
+        EXPECT_EQ(rs->EOF_(), *i.premiere_ligne == '\0');
+        std::istringstream valeurs(i.premiere_ligne);
+        for (std::string v; valeurs >> v;) {
+            EXPECT_EQ(v, v.substr(0, v.find('=') + 1) + rs->champ(v.substr(0, v.find('='))).str());
+        }
+    }
+}
+
+TEST_F(Schema, UnFichierExistantArreteTouteLaCreation) {
+    std::ofstream(dossier_ / kBaseTemporaire) << "host work file";
+    std::string erreur;
+    EXPECT_FALSE(Creer_Bases(dossier_.string(), (dossier_ / kBaseTemporaire).string(), erreur));
+    EXPECT_NE(erreur.find(kBaseTemporaire), std::string::npos) << erreur;
+    EXPECT_EQ(contenu(dossier_ / kBaseTemporaire), "host work file");
+    EXPECT_FALSE(fs::exists(dossier_ / kBasePont));
+    EXPECT_FALSE(fs::exists(dossier_ / kBaseHote));
+}
+
+TEST_F(Installation, DisposeLeMagasinCommeChezLOpticienSansJamaisLeRemplacer) {
+    // Stand-ins for the built bridge and middleware: init only copies them.
+    std::ofstream(dossier_ / kNomPont) << "bridge";
+    std::ofstream(dossier_ / kNomIntergiciel) << "middleware";
+    const fs::path magasin = dossier_ / "magasin";
+    std::string erreur;
+    ASSERT_EQ(Installer(magasin.string(), dossier_.string(), erreur), Issue::Faite) << erreur;
+
+    const fs::path racine = magasin / "Belvane_Classic";
+    const fs::path programme = racine / "SV140";
+    EXPECT_EQ(contenu(programme / kNomIntergiciel), "middleware");
+    EXPECT_EQ(contenu(programme / kNomPont), "bridge");
+    EXPECT_NE(fs::status(programme / kNomPont).permissions() & fs::perms::owner_exec,
+              fs::perms::none);
+    EXPECT_TRUE(fs::is_directory(programme / "zrsim"));
+    EXPECT_TRUE(fs::is_regular_file(racine / "_Magasin" / kBasePont));
+    EXPECT_TRUE(fs::is_regular_file(racine / "_Magasin" / kBaseHote));
+    // The bridge looks for the temporary database in the parent of its own folder.
+    EXPECT_TRUE(fs::is_regular_file(racine / kBaseTemporaire));
+
+    std::ofstream(programme / kNomPont) << "the optician's own copy";
+    EXPECT_EQ(Installer(magasin.string(), dossier_.string(), erreur), Issue::Existe);
+    EXPECT_EQ(contenu(programme / kNomPont), "the optician's own copy");
+}
+
+// A card's birth date no calendar has keeps its day and month in Divers.
+TEST(DemoNaissance, DateDeLaCarteCommeLHoteLaRange) {
+    const std::pair<const char*, std::string> cas[] = {
+        {"19800315", "#03/15/1980#"},
+        {"20000229", "#02/29/2000#"},
+        {"19501331", "#01/01/1950#!3113"},
+        {"19000229", "#01/01/1900#!2902"},
+        {"19800400", "#01/01/1980#!0004"},
+        {"1980031", ""},
+        {"1980-03-15", ""},  // refused
+    };
+    for (const auto& [carte, attendu] : cas) {
+        std::string litteral, divers;
+        EXPECT_EQ(Date_Naissance_Hote(carte, litteral, divers), !attendu.empty()) << carte;
+        EXPECT_EQ(litteral + divers, attendu) << carte;
+    }
+}
+
+}  // namespace
+}  // namespace sv140::shop
