@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "aide_test.h"
+
 #ifdef SV140_TEST_SQLITE
 #include <sqlite3.h>
 #endif
@@ -12,9 +14,7 @@
 namespace sv140 {
 namespace {
 
-std::tm jour_fixe() {
-    return std::tm{.tm_min = 42, .tm_hour = 16, .tm_mday = 5, .tm_mon = 2, .tm_year = 2024 - 1900};
-}
+const std::tm jour_fixe = test::date(2024, 3, 5, 16, 42, 0);
 
 struct Cas {
     std::string access, sqlite;
@@ -22,7 +22,7 @@ struct Cas {
 
 void verifier(const std::vector<Cas>& cas) {
     for (const Cas& c : cas) {
-        EXPECT_EQ(Traduire_Access_SQL(c.access, jour_fixe()), c.sqlite) << c.access;
+        EXPECT_EQ(Traduire_Access_SQL(c.access, jour_fixe), c.sqlite) << c.access;
     }
 }
 
@@ -51,7 +51,7 @@ TEST(TraduireAccessSql, DeleteAndUpdateShapes) {
     });
 }
 
-TEST(TraduireAccessSql, Tokens) {
+TEST(TraduireAccessSql, TokensAndLiterals) {
     verifier({
         {"x>=#03-05-2024 14:30:12#", "x>='2024-03-05 14:30:12'"},
         {"x>=#3/5/2024#", "x>='2024-03-05 00:00:00'"},
@@ -76,11 +76,7 @@ TEST(TraduireAccessSql, Tokens) {
         {"WHERE (((Trim(Val([NUMFAC])))='123'))",
          "WHERE (((Trim(CAST(CAST([NUMFAC] AS TEXT) AS NUMERIC)))='123'))"},
         {"Val(IIf(a=True, \"1x\", b))", "CAST(CAST(IIf(a=-1, '1x', b) AS TEXT) AS NUMERIC)"},
-    });
-}
-
-TEST(TraduireAccessSql, LiteralsAndNamesStayAsWritten) {
-    verifier({
+        // Nothing inside a literal or a bracketed name is rewritten.
         {"SELECT 'True', '#1/2/2024#', 'Date()', 'DELETE * FROM x', 'Val(1)', 'it''s' FROM t",
          "SELECT 'True', '#1/2/2024#', 'Date()', 'DELETE * FROM x', 'Val(1)', 'it''s' FROM t"},
         {"SELECT \"a\"\"b\", \"l'eau\", \"True\", \"#1/2/2024#\", \"\"",
@@ -110,7 +106,7 @@ class MoteurSqlite : public ::testing::Test {
     void TearDown() override { sqlite3_close(base_); }
 
     void executer(const std::string& access) {
-        const std::string sql = Traduire_Access_SQL(access, jour_fixe());
+        const std::string sql = Traduire_Access_SQL(access, jour_fixe);
         char* erreur = nullptr;
         EXPECT_EQ(sqlite3_exec(base_, sql.c_str(), nullptr, nullptr, &erreur), SQLITE_OK)
             << sql << ": " << (erreur ? erreur : "");
@@ -118,7 +114,7 @@ class MoteurSqlite : public ::testing::Test {
     }
 
     std::vector<std::string> colonne(const std::string& access) {
-        const std::string sql = Traduire_Access_SQL(access, jour_fixe());
+        const std::string sql = Traduire_Access_SQL(access, jour_fixe);
         std::vector<std::string> valeurs;
         sqlite3_stmt* requete = nullptr;
         EXPECT_EQ(sqlite3_prepare_v2(base_, sql.c_str(), -1, &requete, nullptr), SQLITE_OK)
@@ -136,7 +132,7 @@ class MoteurSqlite : public ::testing::Test {
 
 using Colonne = std::vector<std::string>;
 
-TEST_F(MoteurSqlite, UpdateAndFilters) {
+TEST_F(MoteurSqlite, StatementsRunAsAccessRunsThem) {
     executer(
         "UPDATE [B M] SET [B M].Pointage = True, [B M].D = Date() WHERE ((([B M].K)=\"F1\") AND "
         "(([B M].Total)>0));");
@@ -154,9 +150,7 @@ TEST_F(MoteurSqlite, UpdateAndFilters) {
     EXPECT_EQ(
         colonne("SELECT ID FROM S WHERE G < #02-29-2024 00:00:00# OR ARL = False ORDER BY 1;"),
         (Colonne{"2", "3"}));
-}
 
-TEST_F(MoteurSqlite, DeleteAndInsertShapes) {
     executer("DELETE S.*, S.NUMFAC FROM S WHERE (((S.NUMFAC)='124'));");
     executer(
         "INSERT INTO S ( NUMFAC, ARL, G ) SELECT 'l''a' AS v1, False AS v3, "

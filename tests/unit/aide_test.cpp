@@ -5,6 +5,11 @@
 #include <random>
 #include <sstream>
 
+#include "data/connexion.h"
+#include "data/parametres.h"
+#include "platform/ui.h"
+#include "shop/schema.h"
+
 namespace sv140::test {
 
 DossierTemporaire::DossierTemporaire() {
@@ -24,6 +29,17 @@ DossierTemporaire::~DossierTemporaire() {
     std::filesystem::remove_all(chemin_, ec);
 }
 
+std::tm date(int annee, int mois, int jour, int h, int m, int s) {
+    std::tm t{};
+    t.tm_year = annee - 1900;
+    t.tm_mon = mois - 1;
+    t.tm_mday = jour;
+    t.tm_hour = h;
+    t.tm_min = m;
+    t.tm_sec = s;
+    return t;
+}
+
 std::string lire(const std::string& chemin) {
     std::ifstream f(chemin, std::ios::binary);
     std::stringstream s;
@@ -33,6 +49,54 @@ std::string lire(const std::string& chemin) {
 
 void ecrire(const std::string& chemin, const std::string& octets) {
     std::ofstream(chemin, std::ios::binary) << octets;
+}
+
+void Magasin::SetUp() {
+    std::filesystem::create_directories(programme);
+    std::filesystem::create_directories(donnees);
+    std::string erreur;
+    ASSERT_TRUE(shop::Creer_Bases(donnees, racine + "/Temporaire.accdb", erreur)) << erreur;
+}
+
+sv140::Run Magasin::nouveau() {
+    sv140::Run run = nouveau_run(programme, creer_ui_console(nullptr));
+    run.Chemin = donnees;
+    run.DB_DONNEES = hote;
+    run.DB_sv = pont;
+    run.DB_temporaire = racine + "/Temporaire.accdb";
+    return run;
+}
+
+bool Magasin::lancer(bool (*routine)(sv140::Run&)) {
+    sv140::Run run = nouveau();
+    const bool resultat = routine(run);
+    Valider_Connexions(run);
+    return resultat;
+}
+
+void Magasin::executer(const std::string& base, const std::string& sql) {
+    Connexion c;
+    ASSERT_TRUE(c.ouvrir(base));
+    ASSERT_TRUE(c.Execute(sql)) << c.derniere_erreur() << "\n" << sql;
+    ASSERT_TRUE(c.valider());
+}
+
+Lignes Magasin::lignes(const std::string& base, const std::string& sql) {
+    Connexion c;
+    Lignes l;
+    EXPECT_TRUE(c.ouvrir(base));
+    auto rs = c.Ouvrir(sql);
+    EXPECT_TRUE(rs.has_value()) << c.derniere_erreur() << "\n" << sql;
+    if (!rs) {
+        return l;
+    }
+    for (rs->MoveFirst(); !rs->EOF_(); rs->MoveNext()) {
+        l.emplace_back();
+        for (const std::string& colonne : rs->colonnes()) {
+            l.back().push_back(rs->champ(colonne).str());
+        }
+    }
+    return l;
 }
 
 }  // namespace sv140::test

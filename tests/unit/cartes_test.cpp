@@ -2,22 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "aide_test.h"
-#include "data/connexion.h"
-#include "data/parametres.h"
 #include "main/run.h"
 #include "platform/encodage.h"
 #include "platform/xml.h"
-#include "shop/schema.h"
 
 namespace sv140 {
 namespace {
 
-using Lignes = std::vector<std::vector<std::string>>;
+using test::Lignes;
 
 // An element of a middleware answer (no text here needs XML escaping).
 std::string e(const std::string& nom, const std::string& texte) {
@@ -35,53 +31,8 @@ std::string carte_vitale(const std::string& beneficiaires) {
            e("CLE_ASS", "89") + e("RGG_COD", "01") + beneficiaires + "</contexteCVitale>";
 }
 
-// A shop as the host installs it, and runs of the bridge against it.
-class Cartes : public ::testing::Test {
+class Cartes : public test::Magasin {
   protected:
-    void SetUp() override {
-        std::filesystem::create_directories(programme);
-        std::filesystem::create_directories(donnees);
-        std::string erreur;
-        ASSERT_TRUE(shop::Creer_Bases(donnees, racine + "/Temporaire.accdb", erreur)) << erreur;
-    }
-
-    // One routine run as the bridge runs it: its writes are validated at the end.
-    bool lancer(bool (*routine)(sv140::Run&)) {
-        sv140::Run run = nouveau_run(programme, creer_ui_console(nullptr));
-        run.Chemin = donnees;
-        run.DB_DONNEES = hote;
-        run.DB_sv = pont;
-        run.DB_temporaire = racine + "/Temporaire.accdb";
-        const bool resultat = routine(run);
-        Valider_Connexions(run);
-        return resultat;
-    }
-
-    void executer(const std::string& base, const std::string& sql) {
-        Connexion c;
-        ASSERT_TRUE(c.ouvrir(base));
-        ASSERT_TRUE(c.Execute(sql)) << c.derniere_erreur() << "\n" << sql;
-        ASSERT_TRUE(c.valider());
-    }
-
-    Lignes lignes(const std::string& base, const std::string& sql) {
-        Connexion c;
-        Lignes l;
-        EXPECT_TRUE(c.ouvrir(base));
-        auto rs = c.Ouvrir(sql);
-        EXPECT_TRUE(rs.has_value()) << c.derniere_erreur() << "\n" << sql;
-        if (!rs) {
-            return l;
-        }
-        for (rs->MoveFirst(); !rs->EOF_(); rs->MoveNext()) {
-            l.emplace_back();
-            for (const std::string& colonne : rs->colonnes()) {
-                l.back().push_back(rs->champ(colonne).str());
-            }
-        }
-        return l;
-    }
-
     // The middleware's cleaned answer, in its own encoding.
     void reponse(const std::string& donnees_utf8) {
         test::ecrire(programme + "/ZEMO_SvResponse.xml",
@@ -99,22 +50,15 @@ class Cartes : public ::testing::Test {
                  "VALUES ( " +
                      numero + ", '" + date + "', " + rang + ", " + divers + " );");
     }
-
-    test::DossierTemporaire dossier;
-    std::string racine = dossier.chemin() + "/Belvane_Classic";
-    std::string programme = racine + "/SV140";
-    std::string donnees = racine + "/_Magasin";
-    std::string hote = donnees + "/Donnees_32.accdb";
-    std::string pont = donnees + "/SV140.accdb";
 };
 
 TEST_F(Cartes, ListedNamesAndComplementaryNumber) {
     const std::string a60(60, 'A'), p40(40, 'p');
-    std::string e60, e50;
-    for (int i = 0; i < 60; ++i) {
-        e60 += "é";
+    std::string e50;
+    for (int i = 0; i < 50; ++i) {
+        e50 += "é";
     }
-    e50 = gauche_caracteres(e60, 50);
+    const std::string e60 = e50 + "éééééééééé";
     // Usual names are cut to 50 characters, never inside one; first names go whole. A
     // complementary number on the card wins over the mutual number or the fixed number
     // of regimes 12, 13 and 14, and these win over the mutual number.
@@ -196,9 +140,7 @@ TEST_F(Cartes, RightsInNineSlotsFromVersion3600) {
     } cas[] = {{3599, {"", "", "", "", "", "", ""}}, {3600, {"11", "D1", "D9", "F9", "0", "", ""}}};
     for (const auto& c : cas) {
         executer(pont, "DELETE FROM T_InfosCarteVitale;");
-        executer(hote, "DELETE FROM Version;");
-        executer(hote,
-                 "INSERT INTO Version ( Version ) VALUES ( " + std::to_string(c.version) + " );");
+        executer(hote, "UPDATE Version SET Version = " + std::to_string(c.version) + ";");
         EXPECT_TRUE(lancer(Stocker_Carte_Vitale));
         EXPECT_EQ(lignes(pont, droits), Lignes{c.attendu}) << c.version;
     }

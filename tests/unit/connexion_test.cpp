@@ -42,11 +42,6 @@ TEST_F(ConnexionTest, AMissingDatabaseIsNeverCreated) {
     ASSERT_EQ(journal_.size(), 1u);
     EXPECT_NE(journal_[0].find(absente), std::string::npos);
     EXPECT_FALSE(c.Execute("DELETE * FROM T;"));
-    // The engine is read from the file's header.
-    test::ecrire(dossier_ / "acces.accdb", std::string("\0\1\0\0Standard ACE DB", 20));
-    EXPECT_EQ(Connexion::moteur_du_fichier(base_), Moteur::SQLite);
-    EXPECT_EQ(Connexion::moteur_du_fichier(dossier_ / "acces.accdb"), Moteur::Access);
-    EXPECT_EQ(Connexion::moteur_du_fichier(absente), Moteur::Aucun);
 }
 
 TEST_F(ConnexionTest, NothingIsWrittenBeforeValidation) {

@@ -40,17 +40,11 @@ TEST(Echange, ReturnCodes) {
     const struct {
         const char *operation, *code;
         bool retour, boite;  // boite: the optician is told
-    } cas[] = {
-        {"f_LireCVitale", "0", true, false},
-        {"f_LireCVitale", "", true, false},
-        {"f_LireCVitale", "abc", true, false},
-        {"f_LireCVitale", "42", false, true},
-        {"f_LireCPS", "99", false, true},
-        {"f_LireCVitale", "98", false, false},
-        {"f_LireCVitale", "297", false, false},
-        {"f_TransfertPJ", "42", false, false},
-        {"f_TransfertPJ_unique", "1", false, false},
-    };
+    } cas[] = {{"f_LireCVitale", "0", true, false},        {"f_LireCVitale", "", true, false},
+               {"f_LireCVitale", "abc", true, false},      {"f_LireCVitale", "42", false, true},
+               {"f_LireCPS", "99", false, true},           {"f_LireCVitale", "98", false, false},
+               {"f_LireCVitale", "297", false, false},     {"f_TransfertPJ", "42", false, false},
+               {"f_TransfertPJ_unique", "1", false, false}};
     for (const auto& c : cas) {
         boites.clear();
         run.F_Appel = c.operation;

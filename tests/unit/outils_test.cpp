@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "aide_test.h"
@@ -11,28 +12,19 @@
 namespace sv140 {
 namespace {
 
-std::tm date(int annee, int mois, int jour, int h, int m, int s) {
-    return std::tm{.tm_sec = s,
-                   .tm_min = m,
-                   .tm_hour = h,
-                   .tm_mday = jour,
-                   .tm_mon = mois - 1,
-                   .tm_year = annee - 1900};
-}
-
 TEST(Outils, LogLineInZonesOf14Columns) {
     const struct {
         std::tm t;
         const char *message, *ligne;
-    } cas[] = {{date(2024, 3, 5, 14, 30, 12), "Chaine_Command : f_LireCVitale /shop",
+    } cas[] = {{test::date(2024, 3, 5, 14, 30, 12), "Chaine_Command : f_LireCVitale /shop",
                 "05/03/2024    14:30:12      Chaine_Command : f_LireCVitale /shop"},
-               {date(1999, 12, 31, 0, 0, 0), "Récupération Chemin",
+               {test::date(1999, 12, 31, 0, 0, 0), "Récupération Chemin",
                 "31/12/1999    00:00:00      Récupération Chemin"},
-               {date(2024, 1, 1, 9, 5, 7), "", "01/01/2024    09:05:07      "}};
+               {test::date(2024, 1, 1, 9, 5, 7), "", "01/01/2024    09:05:07      "}};
     for (const auto& c : cas) {
         EXPECT_EQ(Ligne_Log(c.t, c.message), c.ligne);
     }
-    EXPECT_EQ(Date_SQL(date(2024, 3, 5, 14, 30, 12)), "#03-05-2024 14:30:12#");
+    EXPECT_EQ(Date_SQL(test::date(2024, 3, 5, 14, 30, 12)), "#03-05-2024 14:30:12#");
 }
 
 TEST(Outils, CopyRefusesPathsOf261Characters) {
@@ -89,8 +81,13 @@ TEST(Outils, CopyOverwritesOrNot) {
         }
         EXPECT_EQ(Copier_Fichier(source, destination, c.ecraser), c.copie);
         EXPECT_EQ(test::lire(destination), c.apres);
+        // No temporary copy is left behind.
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dossier.chemin()), {}), 2);
     }
+    ASSERT_TRUE(creer_dossier(dossier / "dossier"));
     EXPECT_FALSE(Copier_Fichier(dossier / "absent.xml", destination, true));
+    EXPECT_FALSE(Copier_Fichier(dossier / "dossier", destination, true));
+    EXPECT_FALSE(Copier_Fichier(source, dossier / "manque/dst.xml", true));
 }
 
 }  // namespace

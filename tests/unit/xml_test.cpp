@@ -28,15 +28,6 @@ TEST(Xml, TextAndSelection) {
     EXPECT_TRUE(doc.selectionner("/R/B[").empty());
 }
 
-TEST(Xml, UnreadableDocuments) {
-    XmlDocument doc;
-    for (const char* texte : {"", "<R>", "<R></S>", "pas du xml", "<?xml version=\"1.0\"?>"}) {
-        EXPECT_FALSE(doc.charger_texte(texte)) << texte;
-        EXPECT_FALSE(doc.erreur().empty());
-    }
-    EXPECT_FALSE(doc.charger_fichier("/nonexistent/ZEMO_SvResponse.xml"));
-}
-
 TEST(Xml, SavedInLatin1WithItsDeclaration) {
     test::DossierTemporaire dossier;
     XmlDocument doc;
