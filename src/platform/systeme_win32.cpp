@@ -2,13 +2,7 @@
 // wide-character system interfaces so that accented shop folders keep their names.
 #include "platform/systeme.h"
 
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
+#include "platform/windows_win32.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -21,15 +15,6 @@
 namespace sv140 {
 
 namespace {
-
-std::wstring large(std::string_view utf8) {
-    const std::u16string texte = utf8_vers_utf16(utf8);
-    return std::wstring(reinterpret_cast<const wchar_t*>(texte.data()), texte.size());
-}
-
-std::string etroit(const wchar_t* texte, std::size_t longueur) {
-    return utf16_vers_utf8(std::u16string_view(reinterpret_cast<const char16_t*>(texte), longueur));
-}
 
 /// A kernel handle closed on scope exit.
 class Poignee {

@@ -3,13 +3,7 @@
 // SV140_UI=console the console interface is used instead (tests under an emulator).
 #include "platform/ui.h"
 
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
+#include "platform/windows_win32.h"
 
 #include <string>
 #include <utility>
@@ -20,11 +14,6 @@
 namespace sv140 {
 
 namespace {
-
-std::wstring large(std::string_view utf8) {
-    const std::u16string texte = utf8_vers_utf16(utf8);
-    return std::wstring(reinterpret_cast<const wchar_t*>(texte.data()), texte.size());
-}
 
 UINT style_icone(Icone icone) {
     switch (icone) {
