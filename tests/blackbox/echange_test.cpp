@@ -2,6 +2,7 @@
 // requests it receives, what becomes of its answers, its errors and its oversized
 // answers, the archive and the answer the host reads.
 #include <filesystem>
+#include <functional>
 
 #include "harnais.h"
 
@@ -10,353 +11,232 @@ namespace {
 
 const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
 
-/// The answer file without its final line end.
-std::string sans_fin_de_ligne(std::string s) {
-    while (!s.empty() && (s.back() == '\n' || s.back() == '\r')) {
-        s.pop_back();
+std::string remplacer(std::string s, const std::string& morceau, const std::string& par) {
+    for (auto i = s.find(morceau); i != std::string::npos; i = s.find(morceau, i + par.size())) {
+        s.replace(i, morceau.size(), par);
     }
     return s;
 }
 
-/// What the middleware receives: the request file's lines, each ended by CR LF.
-std::string texte_envoye(const std::string& fichier) {
-    std::string t;
-    for (const auto& l : lignes(fichier)) {
-        t += l + "\r\n";
-    }
-    return t;
-}
+using Echange = BoiteNoire;
 
-class Echange : public BoiteNoire {
-  protected:
-    void SetUp() override {
-        BoiteNoire::SetUp();
-        b.utiliser_script();
-    }
-    std::optional<std::string> version_stockee() {
-        Base pont(b.base_pont());
-        return pont.valeur(
-            "SELECT Info_Version_VersionDLL FROM T_InfosVersion WHERE Info_Version_ID = 1");
-    }
-};
-
-TEST_F(Echange, RequestsCarryTheEnvelopeAndTheProfessional) {
-    struct Cas {
-        std::string operation;
-        std::vector<std::string> parametres;  // children of the operation element
-        std::vector<std::string> ps;          // children of PS
-    };
-    const std::vector<Cas> cas{
-        {"f_LireCVitale", {"versionMessage", "dateLecture"}, {}},
-        {"f_LireCPS", {"versionMessage"}, {}},
-        {"f_LireVersion", {"versionMessage"}, {}},
-        {"f_MettreAJourCV", {"versionMessage"}, {}},
-        {"f_InitialisationPS",
-         {"versionMessage", "PS"},
-         {"idNat", "idFac", "numSitu", "motDePasse"}},
-        {"f_MaJVersion", {"versionMessage", "PS"}, {"idNat", "idFac", "numSitu"}},
-        {"f_ListerFactures", {"versionMessage", "PS"}, {"idNat", "idFac"}},
-    };
+TEST_F(Echange, RequestsCarryTheDateAndTheProfessional) {
     struct Situation {
-        std::string num_situ;
+        std::string num_situ;  // "" when no professional is stored
         int version;
-        std::string numSitu, idFac;
+        std::string idNat, idFac, numSitu;
     };
     for (const Situation& s :
-         {Situation{"2", 3600, "2", "876543210"}, Situation{"2", 3500, "2", "876543210"},
-          Situation{"2", 3499, "1", "123456789"}, Situation{"0", 3600, "1", "123456789"},
-          Situation{" 2 ", 3600, "2", "876543210"}}) {
-        b.professionnel(s.num_situ, s.version);
-        for (const Cas& c : cas) {
-            SCOPED_TRACE(c.operation + " Num_Situ '" + s.num_situ + "' version " +
+         {Situation{"", 3600, "", "", "1"}, Situation{"2", 3600, "10001234567", "876543210", "2"},
+          Situation{"2", 3500, "10001234567", "876543210", "2"},
+          Situation{"2", 3499, "10001234567", "123456789", "1"},
+          Situation{"0", 3600, "10001234567", "123456789", "1"},
+          Situation{" 2 ", 3600, "10001234567", "876543210", "2"}}) {
+        if (!s.num_situ.empty()) {
+            professionnel(s.num_situ, s.version);
+        }
+        auto el = [](const std::string& nom, const std::string& texte) {
+            return texte.empty() ? "<" + nom + "/>" : "<" + nom + ">" + texte + "</" + nom + ">";
+        };
+        const std::string v = el("versionMessage", "0001");
+        const std::string ps = "<PS>" + el("idNat", s.idNat) + el("idFac", s.idFac);
+        const std::string situ = el("numSitu", s.numSitu);
+        for (const auto& [op, parametres] : std::vector<std::pair<std::string, std::string>>{
+                 {"f_LireCVitale", v + el("dateLecture", "20240305")},
+                 {"f_LireCPS", v},
+                 {"f_LireVersion", v},
+                 {"f_MettreAJourCV", v},
+                 {"f_InitialisationPS", v + ps + situ + el("motDePasse", s.idNat) + "</PS>"},
+                 {"f_MaJVersion", v + ps + situ + "</PS>"},
+                 {"f_ListerFactures", v + ps + "</PS>"}}) {
+            SCOPED_TRACE(op + " Num_Situ '" + s.num_situ + "' version " +
                          std::to_string(s.version));
-            std::remove(b.script("compteur").c_str());
-            Execution e = b.operation(c.operation);
-            ASSERT_TRUE(fin_propre(e));
-            ASSERT_EQ(b.appels(), 1);
-
-            const auto fichier = lire(b.fichier("ZEMO_SvRequest.xml"));
-            ASSERT_TRUE(fichier);
-            EXPECT_EQ(b.requete(1), texte_envoye(*fichier));
-            Xml x(b.fichier("ZEMO_SvRequest.xml"));
-            ASSERT_TRUE(x.ok()) << *fichier;
-            EXPECT_EQ(x.encodage(), "ISO-8859-1");
-            EXPECT_EQ(x.enfants("/ZRMESSAGE"), (std::vector<std::string>{"programme", "requete"}));
-            EXPECT_EQ(x.texte("/ZRMESSAGE/programme"), "Belvane_Classic II");
-            const std::string op = "/ZRMESSAGE/requete/fonction/" + c.operation;
-            EXPECT_EQ(x.enfants("/ZRMESSAGE/requete/fonction"),
-                      std::vector<std::string>{c.operation});
-            EXPECT_EQ(x.enfants(op), c.parametres);
-            EXPECT_EQ(x.texte(op + "/versionMessage"), "0001");
-            if (c.operation == "f_LireCVitale") {
-                EXPECT_EQ(x.texte(op + "/dateLecture"), "20240305");
-            }
-            if (!c.ps.empty()) {
-                EXPECT_EQ(x.enfants(op + "/PS"), c.ps);
-                EXPECT_EQ(x.texte(op + "/PS/idNat"), "10001234567");
-                EXPECT_EQ(x.texte(op + "/PS/idFac"), s.idFac);
-                if (c.ps.size() > 2) {
-                    EXPECT_EQ(x.texte(op + "/PS/numSitu"), s.numSitu);
-                }
-                if (c.ps.size() > 3) {
-                    EXPECT_EQ(x.texte(op + "/PS/motDePasse"), "10001234567");
-                }
-            }
+            utiliser_script();
+            ASSERT_TRUE(fin_propre(operation(op)));
+            const std::string corps =
+                "<ZRMESSAGE><programme>Belvane_Classic II</programme><requete><fonction><" + op +
+                ">" + parametres + "</" + op + "></fonction></requete></ZRMESSAGE>";
+            EXPECT_EQ(lire(fichier("ZEMO_SvRequest.xml")), kDeclaration + "\n" + corps + "\n");
+            // The middleware receives its lines ended by CR LF.
+            EXPECT_EQ(lire(script("requete_1.xml")), kDeclaration + "\r\n" + corps + "\r\n");
         }
     }
 }
 
-TEST_F(Echange, WithoutAProfessionalTheInitialisationIsStillSentEmpty) {
-    Execution e = b.operation("f_InitialisationPS");
-    ASSERT_TRUE(fin_propre(e));
-    ASSERT_EQ(b.appels(), 1);
-    Xml x(b.fichier("ZEMO_SvRequest.xml"));
-    const std::string ps = "/ZRMESSAGE/requete/fonction/f_InitialisationPS/PS/";
-    EXPECT_EQ(x.texte(ps + "idNat"), "");
-    EXPECT_EQ(x.texte(ps + "idFac"), "");
-    EXPECT_EQ(x.texte(ps + "motDePasse"), "");
-}
-
-TEST_F(Echange, AMiddlewareErrorNumberLeavesTheAbruptEndDocument) {
-    b.scripter_retour(1, 7);
-    Execution e = b.operation("f_LireVersion");
-    ASSERT_TRUE(fin_propre(e));
-    EXPECT_EQ(e.boites(), std::vector<std::string>{"SV140 : Erreur N° : 7"}) << e.erreurs;
-
-    Xml x(b.fichier("ZEMO_SvResponse.xml"));
-    ASSERT_TRUE(x.ok());
-    EXPECT_EQ(x.encodage(), "ISO-8859-1");
-    EXPECT_EQ(x.enfants("/ZRMESSAGE"),
-              (std::vector<std::string>{"programme", "appelant", "resultat"}));
-    EXPECT_EQ(x.enfants("/ZRMESSAGE/resultat"),
-              (std::vector<std::string>{"codeErreur", "libelleErreur"}));
-    EXPECT_EQ(x.texte("/ZRMESSAGE/programme"), "Belvane_Classic_II");
-    auto r = resultat(b.fichier("ZEMO_SvResponse.xml"));
-    ASSERT_TRUE(r);
-    EXPECT_EQ(r->appelant, "Toutes fonctions");
-    EXPECT_EQ(r->code, "98");
-    EXPECT_EQ(r->libelle, "Erreur Web Quintara - Sortie brutale");
-    EXPECT_EQ(lire(b.fichier("ZEMO_Response.xml")), lire(b.fichier("ZEMO_SvResponse.xml")));
-    EXPECT_FALSE(version_stockee());
-}
-
-TEST_F(Echange, AMissingOrBrokenMiddlewareLeavesTheAbruptEndDocument) {
-    for (const bool absente : {true, false}) {
-        SCOPED_TRACE(absente ? "no library" : "not a library");
-        std::remove(b.fichier("WebQuintara2.so").c_str());
-        if (!absente) {
-            ecrire(b.fichier("WebQuintara2.so"), "not a shared library");
-        }
-        Execution e = b.operation("f_LireVersion");
+TEST_F(Echange, AFailedCallLeavesTheBridgesOwnAnswer) {
+    const std::string bibliotheque = fichier("WebQuintara2.so");
+    const std::string charger = "SV140 : Impossible de charger " + bibliotheque;
+    const Textes brutale{"Toutes fonctions", "98", "Erreur Web Quintara - Sortie brutale"};
+    struct Cas {
+        std::string nom;
+        int retour;
+        std::function<void()> preparer;
+        Textes boites;  // how each box begins
+        Textes resultat;
+    };
+    for (const Cas& c : std::vector<Cas>{
+             {"returns 7", 7, [] {}, {"SV140 : Erreur N° : 7"}, brutale},
+             {"no library", 0, [&] { std::remove(bibliotheque.c_str()); }, {charger}, brutale},
+             {"not a library", 0, [&] { ecrire(bibliotheque, "?"); }, {charger}, brutale},
+             {"answer vanished",
+              7,
+              [&] { ecrire(script("1.efface"), "ZEMO_SvResponse.xml"); },
+              {"SV140 : Erreur N° : 7",
+               "Reponse : Le fichier : " + fichier("ZEMO_SvResponse.xml") + " | non présent !"},
+              {"f_LireVersion", "99", "Impossible de lire ZEMO_SvResponse.xml"}}}) {
+        SCOPED_TRACE(c.nom);
+        utiliser_script();
+        scripter(1, "", c.retour);
+        c.preparer();
+        Execution e = operation("f_LireVersion");
         ASSERT_TRUE(fin_propre(e));
-        auto boites = e.boites();
-        ASSERT_EQ(boites.size(), 1u) << e.erreurs;
-        EXPECT_NE(boites[0].find(b.fichier("WebQuintara2.so")), std::string::npos) << boites[0];
-        EXPECT_EQ(code_reponse(b.fichier("ZEMO_Response.xml")), "98");
-        EXPECT_FALSE(version_stockee());
+        const Textes boites = e.boites();
+        ASSERT_EQ(boites.size(), c.boites.size()) << e.erreurs;
+        for (std::size_t i = 0; i < boites.size(); ++i) {
+            EXPECT_TRUE(boites[i].starts_with(c.boites[i])) << boites[i];
+        }
+        EXPECT_EQ(versions(), Lignes{});
+        const std::string document =
+            kDeclaration + "\n<ZRMESSAGE><programme>Belvane_Classic_II</programme><appelant>" +
+            c.resultat[0] + "</appelant><resultat><codeErreur>" + c.resultat[1] +
+            "</codeErreur><libelleErreur>" + c.resultat[2] +
+            "</libelleErreur></resultat></ZRMESSAGE>\n";
+        EXPECT_EQ(lire(fichier("ZEMO_SvResponse.xml")), document);
+        EXPECT_EQ(lire(fichier("ZEMO_Response.xml")), document);
     }
 }
 
-TEST_F(Echange, AnswersAreCleanedBeforeTheyAreKept) {
+TEST_F(Echange, AnswersAreCleanedThenKeptForTheHostAndArchivedByMonth) {
+    // The answer after its document type line, with an accented text.
     const std::string corps =
-        "<ZRMESSAGE><appelant>f_LireVersion</appelant><resultat><codeErreur>0</codeErreur>"
-        "<libelleErreur>d\xE9j\xE0 lu</libelleErreur><donnees>" +
-        donnees_version("5.1") + "</donnees></resultat></ZRMESSAGE>";
-    std::string corps_propre = corps;
-    corps_propre.erase(corps_propre.find("\r\n"), 2);
+        reponse("f_LireVersion", "0", "déjà lu", donnees_version("5.1")).substr(22);
+    const std::string propre = kDeclaration + remplacer(corps, "\r\n", "");
     struct Cas {
         std::string nom, reponse, attendu;
+        std::size_t tampon = 0;  // the buffer size set for the bridge
     };
-    const std::vector<Cas> cas{
-        {"document type only", "<!DOCTYPE ZRMESSAGE>\r\n" + corps + "\r\n",
-         kDeclaration + corps_propre},
-        {"declaration and document type",
-         kDeclaration + "\r\n<!DOCTYPE ZRMESSAGE>\r\n" + corps + "\r\n",
-         kDeclaration + corps_propre},
-        {"cut at the first NUL", kDeclaration + "\r\n" + corps + std::string(1, '\0') + "<reste>",
-         kDeclaration + corps_propre},
-        {"lone line feeds stay", kDeclaration + "\n" + corps, kDeclaration + "\n" + corps_propre},
-    };
-    for (const Cas& c : cas) {
+    for (const Cas& c :
+         std::vector<Cas>{{"document type only", "<!DOCTYPE ZRMESSAGE>\r\n" + corps, propre},
+                          {"declaration and document type",
+                           kDeclaration + "\r\n<!DOCTYPE ZRMESSAGE>\r\n" + corps, propre},
+                          {"cut at the first NUL", kDeclaration + corps + '\0' + "<reste>", propre},
+                          {"lone line feeds stay", kDeclaration + "\n" + corps,
+                           kDeclaration + "\n" + remplacer(corps, "\r\n", "")},
+                          {"the buffer exactly full", kDeclaration + corps, propre,
+                           kDeclaration.size() + corps.size()}}) {
         SCOPED_TRACE(c.nom);
-        std::remove(b.script("compteur").c_str());
-        b.scripter_reponse(1, c.reponse);
-        Execution e = b.operation("f_LireVersion");
+        const bool premier = c.nom == "document type only";
+        if (premier) {
+            std::filesystem::remove_all(magasin + "/Sv140");
+        }
+        sql(pont(), "DELETE FROM T_InfosVersion");
+        if (c.tampon != 0) {
+            sql(pont(), "UPDATE T_InfoParam SET Taille_Buffer = " + std::to_string(c.tampon));
+        }
+        utiliser_script();
+        scripter(1, c.reponse);
+        Execution e = operation("f_LireVersion");
         ASSERT_TRUE(fin_propre(e));
-        EXPECT_TRUE(e.boites().empty()) << e.erreurs;
-        const auto kept = lire(b.fichier("ZEMO_SvResponse.xml"));
-        ASSERT_TRUE(kept);
-        EXPECT_EQ(sans_fin_de_ligne(*kept), c.attendu);
-        EXPECT_TRUE(kept->ends_with("\n")) << "the answer is written as one line with its end";
-        EXPECT_EQ(lire(b.fichier("ZEMO_Response.xml")), kept);
-        EXPECT_EQ(version_stockee(), "5.1");
+        // The first run makes the archive folder, and says so.
+        EXPECT_EQ(e.boites(), premier ? Textes{"SV140 : Le répertoire n'existe pas"} : Textes{})
+            << e.erreurs;
+        if (c.tampon != 0) {
+            EXPECT_EQ(lire(script("taille_1")), std::to_string(c.tampon));
+        }
+        // Kept as one line, for the bridge, for the host and in the archive.
+        const std::string mois = magasin + "/Sv140/202403/";
+        EXPECT_EQ(lire(fichier("ZEMO_SvResponse.xml")), c.attendu + "\r\n");
+        EXPECT_EQ(lire(fichier("ZEMO_Response.xml")), c.attendu + "\r\n");
+        EXPECT_EQ(lire(mois + "RSP_f_LireVersion_20240305_143012.xml"), c.attendu + "\r\n");
+        EXPECT_EQ(lire(mois + "REQ_f_LireVersion_20240305_143012.xml"),
+                  lire(fichier("ZEMO_SvRequest.xml")));
+        EXPECT_EQ(versions(), Lignes{version_stockee("5.1")});
     }
 }
 
-TEST_F(Echange, AnAnswerThatFillsTheBufferIsKeptWhole) {
-    const std::string r = kDeclaration +
-                          "<ZRMESSAGE><appelant>f_LireVersion</appelant><resultat>"
-                          "<codeErreur>0</codeErreur><libelleErreur/><donnees>" +
-                          donnees_version("6.2") + "</donnees></resultat></ZRMESSAGE>";
-    std::string propre = r;
-    propre.erase(propre.find("\r\n"), 2);
-    {
-        Base pont(b.base_pont());
-        pont.executer("UPDATE T_InfoParam SET Taille_Buffer = " + std::to_string(r.size()) +
-                      " WHERE Info_Param_ID = 1");
-    }
-    b.scripter_reponse(1, r);
-    Execution e = b.operation("f_LireVersion");
+TEST_F(Echange, AnOversizedAnswerIsFetchedAgainWithALargerBufferOnlyOnce) {
+    utiliser_script();
+    scripter(1, reponse("f_LireVersion", "271", "Buffer trop petit Attendue:12000 Trouvée:5000"));
+    scripter(2, reponse_version("7.0"));
+    Execution e = operation("f_LireVersion");
     ASSERT_TRUE(fin_propre(e));
-    EXPECT_EQ(b.taille(1), static_cast<long>(r.size()));
-    EXPECT_EQ(sans_fin_de_ligne(lire(b.fichier("ZEMO_SvResponse.xml")).value_or("")), propre);
-    EXPECT_EQ(version_stockee(), "6.2");
-}
+    EXPECT_EQ(e.boites(), Textes{}) << e.erreurs;
+    ASSERT_EQ(appels(), 2);
+    EXPECT_EQ(lire(script("taille_2")), "13201");
+    const std::string recup = "/ZRMESSAGE/requete/fonction/f_RecupMessage/*";
+    EXPECT_EQ(xml(fichier("ZEMO_SvRequest.xml"), recup, true),
+              (Textes{"versionMessage", "ordreEnErreur"}));
+    EXPECT_EQ(xml(fichier("ZEMO_SvRequest.xml"), recup), (Textes{"0001", "f_LireVersion"}));
+    EXPECT_TRUE(log_finit_par("F_Appel : f_LireVersion Buffer : 13200")) << log();
+    EXPECT_NE(log().find("Retour reponse suite code 271 : "), std::string::npos) << log();
+    EXPECT_EQ(versions(), Lignes{version_stockee("7.0")});
 
-TEST_F(Echange, AnOversizedAnswerIsFetchedAgainWithALargerBuffer) {
-    b.scripter_reponse(
-        1, reponse("f_LireVersion", "271", "Buffer trop petit Attendue:12000 Trouvée:5000"));
-    b.scripter_reponse(2, reponse_version("7.0"));
-    Execution e = b.operation("f_LireVersion");
-    ASSERT_TRUE(fin_propre(e));
-    EXPECT_TRUE(e.boites().empty()) << e.erreurs;
-    ASSERT_EQ(b.appels(), 2);
-    EXPECT_EQ(b.taille(2), 13201);
-
-    Xml x(b.fichier("ZEMO_SvRequest.xml"));
-    EXPECT_EQ(x.enfants("/ZRMESSAGE/requete/fonction/f_RecupMessage"),
-              (std::vector<std::string>{"versionMessage", "ordreEnErreur"}));
-    EXPECT_EQ(x.texte("/ZRMESSAGE/requete/fonction/f_RecupMessage/ordreEnErreur"), "f_LireVersion");
-    EXPECT_EQ(b.requete(2), texte_envoye(lire(b.fichier("ZEMO_SvRequest.xml")).value_or("")));
-    EXPECT_TRUE(b.log_finit_par("F_Appel : f_LireVersion Buffer : 13200")) << b.log();
-    EXPECT_TRUE(b.log_contient("Retour reponse suite code 271 : ")) << b.log();
-    EXPECT_EQ(version_stockee(), "7.0");
-}
-
-TEST_F(Echange, AnAnswerThatNeverFitsEndsWithAnError) {
-    b.scripter_toujours(0, reponse("f_LireVersion", "271", "Attendue:12000 Trouvée:5000"));
-    Execution e = b.operation("f_LireVersion");
-    ASSERT_TRUE(fin_propre(e));
-    EXPECT_GE(b.appels(), 2);
-    EXPECT_LE(b.appels(), 20) << "the bridge keeps asking for the same answer";
-    auto r = resultat(b.fichier("ZEMO_Response.xml"));
-    ASSERT_TRUE(r) << "no well-formed answer for the host";
-    EXPECT_NE(r->code, "0");
-    EXPECT_NE(r->code, "");
-    EXPECT_FALSE(version_stockee());
+    // An answer that never fits ends in an error, not in endless calls.
+    sql(pont(), "DELETE FROM T_InfosVersion");
+    utiliser_script();
+    scripter(0, reponse("f_LireVersion", "271", "Attendue:12000 Trouvée:5000"));
+    ASSERT_TRUE(fin_propre(operation("f_LireVersion")));
+    EXPECT_GE(appels(), 2);
+    EXPECT_LE(appels(), 20);
+    const Textes r = resultat(fichier("ZEMO_Response.xml"));
+    ASSERT_EQ(r.size(), 3u) << "no well-formed answer";
+    EXPECT_NE(r[1], "0");
+    EXPECT_EQ(versions(), Lignes{});
 }
 
 TEST_F(Echange, QuietCodesShowNoBox) {
     struct Cas {
-        std::string code;
+        Textes codes;
         bool boite;    // the optician is told
         bool stockee;  // the response phase runs
     };
-    const std::vector<Cas> cas{
-        {"98", false, false},  {"260", false, false}, {"261", false, false},  {"276", false, false},
-        {"283", false, false}, {"297", false, false}, {"9998", false, false}, {"1", true, false},
-        {"272", true, false},  {"5000", true, false}, {"0", false, true},     {"", false, true},
-        {"-3", false, true},   {"abc", false, true},
-    };
-    for (const Cas& c : cas) {
-        SCOPED_TRACE("code '" + c.code + "'");
-        {
-            Base pont(b.base_pont());
-            pont.executer("DELETE FROM T_InfosVersion");
+    for (const Cas& c :
+         {Cas{{"98", "260", "261", "276", "283", "297", "9998"}, false, false},
+          Cas{{"1", "272", "5000"}, true, false}, Cas{{"0", "", "-3", "abc"}, false, true}}) {
+        for (const auto& code : c.codes) {
+            SCOPED_TRACE("code '" + code + "'");
+            sql(pont(), "DELETE FROM T_InfosVersion");
+            utiliser_script();
+            scripter(1, reponse("f_LireVersion", code, "Libellé l'erreur", donnees_version("8")));
+            Execution e = operation("f_LireVersion");
+            ASSERT_TRUE(fin_propre(e));
+            EXPECT_EQ(e.boites(), c.boite ? Textes{"Erreur dans f_LireVersion : Erreur N° " + code +
+                                                   " |  | Libellé l'erreur"}
+                                          : Textes{})
+                << e.erreurs;
+            EXPECT_TRUE(log_finit_par("Code Erreur Reponse : " + code)) << log();
+            EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")),
+                      (Textes{"f_LireVersion", code, "Libellé l'erreur"}));
+            EXPECT_EQ(versions().size(), c.stockee ? 1u : 0u);
         }
-        std::remove(b.script("compteur").c_str());
-        b.scripter_reponse(
-            1, reponse("f_LireVersion", c.code, "Libellé de l'erreur", donnees_version("8.0")));
-        Execution e = b.operation("f_LireVersion");
-        ASSERT_TRUE(fin_propre(e));
-        std::vector<std::string> boites;
-        if (c.boite) {
-            boites.push_back("Erreur dans f_LireVersion : Erreur N° " + c.code +
-                             " |  | Libellé de l'erreur");
-        }
-        EXPECT_EQ(e.boites(), boites) << e.erreurs;
-        EXPECT_TRUE(b.log_finit_par("Code Erreur Reponse : " + c.code)) << b.log();
-        EXPECT_EQ(code_reponse(b.fichier("ZEMO_Response.xml")), c.code);
-        EXPECT_EQ(version_stockee().has_value(), c.stockee);
     }
 }
 
-TEST_F(Echange, AVanishedAnswerIsReported) {
-    b.scripter_retour(1, 7);
-    b.scripter_fichier(1, ".efface", "ZEMO_SvResponse.xml");
-    Execution e = b.operation("f_LireVersion");
-    ASSERT_TRUE(fin_propre(e));
-    EXPECT_EQ(e.boites(), (std::vector<std::string>{
-                              "SV140 : Erreur N° : 7",
-                              "Reponse : Le fichier : " + b.fichier("ZEMO_SvResponse.xml") +
-                                  " | non présent ! Veuillez réessayer dans quelques instants"}))
-        << e.erreurs;
-    auto r = resultat(b.fichier("ZEMO_Response.xml"));
-    ASSERT_TRUE(r) << "the host finds no answer";
-    EXPECT_NE(r->code, "0");
-}
-
-TEST_F(Echange, EachExchangeIsArchivedByMonthAndCopiedForTheHost) {
-    for (bool racine_presente : {false, true}) {
-        SCOPED_TRACE(racine_presente ? "archive folder present" : "no archive folder");
-        std::error_code ec;
-        std::filesystem::remove_all(b.magasin + "/Sv140", ec);
-        if (racine_presente) {
-            std::filesystem::create_directories(b.magasin + "/Sv140", ec);
-        }
-        std::remove(b.script("compteur").c_str());
-        b.scripter_reponse(1, reponse_version("9.1"));
-        Execution e = b.operation("f_LireVersion");
-        ASSERT_TRUE(fin_propre(e));
-        std::vector<std::string> boites;
-        if (!racine_presente) {
-            boites.push_back("SV140 : Le répertoire n'existe pas");
-        }
-        EXPECT_EQ(e.boites(), boites) << e.erreurs;
-
-        const std::string mois = b.magasin + "/Sv140/202403/";
-        const auto reponse = lire(b.fichier("ZEMO_SvResponse.xml"));
-        ASSERT_TRUE(reponse);
-        EXPECT_EQ(lire(mois + "RSP_f_LireVersion_20240305_143012.xml"), reponse);
-        EXPECT_EQ(lire(mois + "REQ_f_LireVersion_20240305_143012.xml"),
-                  lire(b.fichier("ZEMO_SvRequest.xml")));
-        EXPECT_EQ(lire(b.fichier("ZEMO_Response.xml")), reponse);
-    }
-}
-
-TEST_F(Echange, OperationsNotYetAvailableAnswerWithoutCallingTheMiddleware) {
+TEST_F(Echange, UnavailableOperationsAnswerWithoutCallingTheMiddleware) {
+    utiliser_script();
+    professionnel();
     for (const std::string op : {"f_CreerFacture", "f_Scor", "f_TransfertPJ"}) {
         SCOPED_TRACE(op);
-        b.professionnel();
-        Execution e = b.operation(op);
-        ASSERT_TRUE(fin_propre(e));
-        EXPECT_EQ(b.appels(), 0);
-        auto r = resultat(b.fichier("ZEMO_Response.xml"));
-        ASSERT_TRUE(r);
-        EXPECT_EQ(r->appelant, op);
-        EXPECT_EQ(r->code, "99");
-        EXPECT_EQ(r->libelle, "Fonction non disponible");
+        ASSERT_TRUE(fin_propre(operation(op)));
+        EXPECT_EQ(appels(), 0);
+        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")),
+                  (Textes{op, "99", "Fonction non disponible"}));
     }
 }
 
 TEST_F(Echange, TheInvoiceListReachesTheHostIntact) {
-    b.professionnel();
-    const std::string liste =
-        "<listeFacture><numeroFacture>000000123</numeroFacture><numeroFacture>000000124"
-        "</numeroFacture><numeroFacture>000000125</numeroFacture></listeFacture>";
+    utiliser_script();
+    professionnel();
     const std::string r = kDeclaration +
-                          "<ZRMESSAGE><appelant>f_ListerFactures</appelant>"
-                          "<resultat><codeErreur>0</codeErreur><libelleErreur>"
-                          "</libelleErreur><donnees>" +
-                          liste + "</donnees></resultat></ZRMESSAGE>";
-    b.scripter_reponse(1, r);
-    Execution e = b.operation("f_ListerFactures");
+                          "<ZRMESSAGE><appelant>f_ListerFactures</appelant><resultat><codeErreur>0"
+                          "</codeErreur><libelleErreur></libelleErreur><donnees><listeFacture>"
+                          "<numeroFacture>000000123</numeroFacture><numeroFacture>000000124"
+                          "</numeroFacture></listeFacture></donnees></resultat></ZRMESSAGE>";
+    scripter(1, r);
+    Execution e = operation("f_ListerFactures");
     ASSERT_TRUE(fin_propre(e));
-    EXPECT_TRUE(e.boites().empty()) << e.erreurs;
-    EXPECT_EQ(sans_fin_de_ligne(lire(b.fichier("ZEMO_Response.xml")).value_or("")), r);
-    Xml x(b.fichier("ZEMO_Response.xml"));
-    EXPECT_EQ(x.textes("/ZRMESSAGE/resultat/donnees/listeFacture/numeroFacture"),
-              (std::vector<std::string>{"000000123", "000000124", "000000125"}));
+    EXPECT_EQ(e.boites(), Textes{}) << e.erreurs;
+    EXPECT_EQ(lire(fichier("ZEMO_Response.xml")), r + "\r\n");
 }
 
 }  // namespace

@@ -7,161 +7,113 @@
 namespace bb {
 namespace {
 
+const std::string kClient = "57, '150017512345642', '1975-05-12 00:00:00', 1, NULL";
+
 class EntreesInvalides : public BoiteNoire {
   protected:
-    void SetUp() override {
-        BoiteNoire::SetUp();
-        b.utiliser_script();
-    }
-
-    /// A log line that names `quoi`, other than the lines that only give the paths.
-    bool log_signale(const std::string& quoi) {
-        for (const auto& l : lignes(b.log())) {
-            if ((l.find(quoi) != std::string::npos || l.find(latin1(quoi)) != std::string::npos) &&
-                l.find("DB_DONNEES : ") == std::string::npos &&
-                l.find("DB_sv : ") == std::string::npos) {
-                return true;
+    /// Every row of every table of both databases.
+    Lignes instantane() {
+        Lignes tout;
+        for (const auto& base : {pont(), hote()}) {
+            for (const auto& t : sql(base, "SELECT name FROM sqlite_master WHERE type = 'table'")) {
+                tout.push_back(t);
+                for (const auto& ligne : sql(base, "SELECT * FROM [" + t[0] + "]")) {
+                    tout.push_back(ligne);
+                }
             }
         }
-        return false;
-    }
-
-    std::string instantanes() {
-        Base pont(b.base_pont());
-        Base hote(b.base_hote());
-        return pont.instantane() + hote.instantane();
+        return tout;
     }
 };
 
-TEST_F(EntreesInvalides, AnUnreadableCardAnswerIsReportedWhenLinking) {
-    const std::vector<std::pair<std::string, std::optional<std::string>>> cas{
-        {"missing", std::nullopt},
-        {"empty", ""},
-        {"cut short", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><ZRMESSAGE><resultat>"},
-        {"not XML", "Erreur interne du lecteur"},
-    };
-    for (const auto& [nom, contenu] : cas) {
-        SCOPED_TRACE(nom);
-        std::remove(b.fichier("ZEMO_SvResponse.xml").c_str());
-        if (contenu) {
-            ecrire(b.fichier("ZEMO_SvResponse.xml"), *contenu);
-        }
-        {
-            Base hote(b.base_hote());
-            hote.executer(
-                "DELETE FROM T_Etat_Civil; INSERT INTO T_Etat_Civil ([N°],"
-                " [Sécurité sociale], [Date Naissance], RangNaissance) VALUES"
-                " (57, '150017512345642', '1975-05-12 00:00:00', 1)");
-        }
-        const std::string avant = instantanes();
-        Execution e = b.operation("f_MettreAJourIdEtc");
-        ASSERT_TRUE(fin_propre(e));
-        EXPECT_EQ(instantanes(), avant);
-        auto r = resultat(b.fichier("ZEMO_Response.xml"));
-        ASSERT_TRUE(r) << "no well-formed answer for the host";
-        EXPECT_EQ(r->appelant, "f_LireCVitale");
-        EXPECT_EQ(r->code, "99");
-        EXPECT_EQ(r->libelle, "Impossible de lire ZEMO_SvResponse.xml");
-        EXPECT_EQ(e.boites(),
-                  std::vector<std::string>{"Erreur dans f_MettreAJourIdEtc : Erreur N° 99 | "
-                                           " | Impossible de lire ZEMO_SvResponse.xml"})
-            << e.erreurs;
-        EXPECT_TRUE(b.log_finit_par("Code Erreur Reponse : 99")) << b.log();
-        EXPECT_EQ(b.appels(), 0);
-    }
-}
-
-TEST_F(EntreesInvalides, AMalformedMiddlewareAnswerStoresNothing) {
+TEST_F(EntreesInvalides, AnUnreadableAnswerStoresNothing) {
     const std::string abime =
         "<!DOCTYPE ZRMESSAGE><ZRMESSAGE><appelant>x</appelant><resultat>"
         "<codeErreur>0</codeErreur></resultat><donnees>";
     struct Cas {
-        std::string operation, appelant;
+        std::string operation;
+        std::optional<std::string> reponse;  // the answer file the link finds
+        std::string appelant;                // the version store reports as the card read
     };
-    // The version store reports under the professional card's name: the host knows it so.
-    for (const Cas& c : {Cas{"f_LireCVitale", "f_LireCVitale"}, Cas{"f_LireCPS", "f_LireCPS"},
-                         Cas{"f_LireVersion", "f_LireCPS"}}) {
-        SCOPED_TRACE(c.operation);
-        {
-            Base hote(b.base_hote());
-            hote.executer(
-                "DELETE FROM [Sélection Verres];"
-                "INSERT INTO [Sélection Verres] ([Nom du Verre]) VALUES ('earlier')");
+    professionnel();
+    client(kClient);
+    for (const Cas& c :
+         std::vector<Cas>{{"f_MettreAJourIdEtc", std::nullopt, "f_LireCVitale"},
+                          {"f_MettreAJourIdEtc", "", "f_LireCVitale"},
+                          {"f_MettreAJourIdEtc", "<?xml version=\"1.0\"?><ZRMESSAGE><resultat>",
+                           "f_LireCVitale"},
+                          {"f_MettreAJourIdEtc", "Erreur interne du lecteur", "f_LireCVitale"},
+                          {"f_LireCVitale", abime, "f_LireCVitale"},
+                          {"f_LireCPS", abime, "f_LireCPS"},
+                          {"f_LireVersion", abime, "f_LireCPS"}}) {
+        SCOPED_TRACE(c.operation + " " + c.reponse.value_or("(no answer)"));
+        const bool lien = c.operation == "f_MettreAJourIdEtc";  // no middleware call
+        utiliser_script();
+        std::remove(fichier("ZEMO_SvResponse.xml").c_str());
+        if (c.reponse) {
+            lien ? ecrire(fichier("ZEMO_SvResponse.xml"), *c.reponse) : scripter(1, *c.reponse);
         }
-        b.professionnel();
-        std::remove(b.script("compteur").c_str());
-        b.scripter_reponse(1, abime);
-        const std::string avant = instantanes();
-        Execution e = b.operation(c.operation);
+        sql(hote(), "INSERT INTO [Sélection Verres] ([Nom du Verre]) VALUES ('earlier')");
+        const Lignes avant = instantane();
+        Execution e = operation(c.operation);
         ASSERT_TRUE(fin_propre(e));
-        EXPECT_EQ(instantanes(), avant);
-        auto r = resultat(b.fichier("ZEMO_Response.xml"));
-        ASSERT_TRUE(r) << "no well-formed answer for the host";
-        EXPECT_EQ(r->appelant, c.appelant);
-        EXPECT_EQ(r->code, "99");
-        EXPECT_EQ(r->libelle, "Impossible de lire ZEMO_SvResponse.xml");
+        EXPECT_EQ(instantane(), avant);
+        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")),
+                  (Textes{c.appelant, "99", "Impossible de lire ZEMO_SvResponse.xml"}));
+        EXPECT_EQ(appels(), lien ? 0 : 1);
+        if (lien) {
+            EXPECT_EQ(e.boites(), Textes{"Erreur dans f_MettreAJourIdEtc : Erreur N° 99 | "
+                                         " | Impossible de lire ZEMO_SvResponse.xml"})
+                << e.erreurs;
+            EXPECT_TRUE(log_finit_par("Code Erreur Reponse : 99")) << log();
+        }
     }
 }
 
 TEST_F(EntreesInvalides, AnUnreadableHostRequestSendsNothing) {
-    b.professionnel();
+    professionnel();
+    utiliser_script();
     for (const auto& contenu : std::vector<std::optional<std::string>>{
              std::nullopt, "<BelvaneClassicII><beneficiaire><codeRegime>01"}) {
-        SCOPED_TRACE(contenu ? "malformed" : "missing");
-        std::remove(b.fichier("ZEMO_Request.xml").c_str());
-        std::remove(b.fichier("ZEMO_SvRequest.xml").c_str());
+        SCOPED_TRACE(contenu.value_or("missing"));
+        std::remove(fichier("ZEMO_Request.xml").c_str());
+        std::remove(fichier("ZEMO_SvRequest.xml").c_str());
         if (contenu) {
-            ecrire(b.fichier("ZEMO_Request.xml"), *contenu);
+            ecrire(fichier("ZEMO_Request.xml"), *contenu);
         }
-        Execution e = b.operation("f_LireInfosComplementaire");
-        ASSERT_TRUE(fin_propre(e));
-        EXPECT_EQ(b.appels(), 0);
-        EXPECT_FALSE(existe(b.fichier("ZEMO_SvRequestAMC.xml")));
-        EXPECT_FALSE(existe(b.fichier("ZEMO_SvResponseAMC.xml")));
-        // Either the bridge's own word on the host's document, or the missing request
-        // that ends the run before the answer is copied for the host.
-        auto r = resultat(b.fichier("ZEMO_SvResponse.xml"));
-        ASSERT_TRUE(r) << "no well-formed answer";
-        if (r->code == "99") {
-            EXPECT_EQ(r->libelle, "Impossible de lire ZEMO_Request.xml");
-            EXPECT_EQ(r->appelant, "f_LireInfosComplementaire");
-        } else {
-            EXPECT_EQ(r->code, "1");
-            EXPECT_EQ(r->libelle, "Requete XML Non trouvée");
-        }
-        EXPECT_FALSE(b.log().empty());
+        ASSERT_TRUE(fin_propre(operation("f_LireInfosComplementaire")));
+        EXPECT_EQ(appels(), 0);
+        EXPECT_FALSE(existe(fichier("ZEMO_SvRequestAMC.xml")));
+        EXPECT_FALSE(existe(fichier("ZEMO_SvResponseAMC.xml")));
+        EXPECT_EQ(
+            resultat(fichier("ZEMO_Response.xml")),
+            (Textes{"f_LireInfosComplementaire", "99", "Impossible de lire ZEMO_Request.xml"}));
     }
 }
 
-TEST_F(EntreesInvalides, AMissingDatabaseIsNeverCreated) {
+TEST_F(EntreesInvalides, AMissingDatabaseIsNeverCreatedAndIsLogged) {
     struct Cas {
-        std::string nom, chemin;
+        std::string chemin;
         bool version_stockee;  // the run still stores what the middleware said
     };
-    const std::vector<Cas> cas{
-        {"bridge database", b.base_pont(), false},
-        {"host database", b.base_hote(), false},
-        {"temporary database", b.temporaire, true},
-    };
-    for (const Cas& c : cas) {
-        SCOPED_TRACE(c.nom);
-        const std::string cache = c.chemin + ".cache";
-        std::filesystem::rename(c.chemin, cache);
-        std::remove(b.script("compteur").c_str());
-        b.scripter_reponse(1, reponse_version("4.4"));
-        Execution e = b.operation("f_LireVersion");
-        EXPECT_TRUE(fin_propre(e));
-        EXPECT_FALSE(existe(c.chemin)) << "the bridge created " << c.chemin;
+    for (const Cas& c : {Cas{pont(), false}, Cas{hote(), true},
+                         Cas{racine + "/Belvane_Classic/Temporaire.accdb", true}}) {
+        SCOPED_TRACE(c.chemin);
+        std::filesystem::rename(c.chemin, c.chemin + ".cache");
+        utiliser_script();
+        scripter(1, reponse_version("4.4"));
+        EXPECT_TRUE(fin_propre(operation("f_LireVersion")));
+        EXPECT_FALSE(existe(c.chemin)) << "the bridge created it";
         std::filesystem::remove(c.chemin);
-        std::filesystem::rename(cache, c.chemin);
-
-        EXPECT_TRUE(resultat(b.fichier("ZEMO_Response.xml"))) << "no well-formed answer";
-        if (c.version_stockee) {
-            Base pont(b.base_pont());
-            EXPECT_EQ(pont.valeur("SELECT Info_Version_VersionDLL FROM T_InfosVersion"), "4.4");
-            pont.executer("DELETE FROM T_InfosVersion");
+        std::filesystem::rename(c.chemin + ".cache", c.chemin);
+        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")).size(), 3u) << "no well-formed answer";
+        EXPECT_EQ(versions(), c.version_stockee ? Lignes{version_stockee("4.4")} : Lignes{});
+        sql(pont(), "DELETE FROM T_InfosVersion");
+        bool signale = false;  // a line that names it, besides those giving the paths
+        for (const auto& l : lignes(log())) {
+            signale |= l.find(c.chemin) != std::string::npos && l.find("DB_") == std::string::npos;
         }
-        EXPECT_TRUE(log_signale(c.chemin)) << b.log();
+        EXPECT_TRUE(signale) << log();
     }
 }
 
@@ -169,69 +121,33 @@ TEST_F(EntreesInvalides, AMissingTableIsLoggedAndTheRestLeftAlone) {
     struct Cas {
         std::string operation, base, table;
     };
-    const std::vector<Cas> cas{
-        {"f_LireVersion", "pont", "T_InfosVersion"},
-        {"f_LireCVitale", "hote", "Sélection Verres"},
-        {"f_MettreAJourIdEtc", "pont", "T_InfosCarteVitale"},
-        {"f_MettreAJourIdEtc", "hote", "T_Etat_Civil"},
-    };
-    CarteTest carte{contexte_carte(), {beneficiaire("DUPONT", "Jean", "19750512", "1")}};
-    for (const Cas& c : cas) {
+    const std::string carte = reponse_carte({beneficiaire("DUPONT", "Jean", "19750512", "1")});
+    client(kClient);
+    for (const Cas& c : std::vector<Cas>{{"f_LireVersion", pont(), "T_InfosVersion"},
+                                         {"f_LireCVitale", hote(), "Sélection Verres"},
+                                         {"f_MettreAJourIdEtc", pont(), "T_InfosCarteVitale"},
+                                         {"f_MettreAJourIdEtc", hote(), "T_Etat_Civil"}}) {
         SCOPED_TRACE(c.operation + " without " + c.table);
-        Boutique s;
-        std::string erreur;
-        ASSERT_TRUE(s.installer(erreur)) << erreur;
-        std::filesystem::create_directories(s.magasin + "/Sv140");
-        s.utiliser_script();
-        s.scripter_reponse(
-            1, c.operation == "f_LireVersion" ? reponse_version("1.0") : reponse_carte(carte));
-        if (c.operation == "f_MettreAJourIdEtc") {
-            ecrire(s.fichier("ZEMO_SvResponse.xml"), reponse_carte(carte));
-            if (c.table != "T_Etat_Civil") {
-                Base hote(s.base_hote());
-                hote.executer(
-                    "INSERT INTO T_Etat_Civil ([N°], [Sécurité sociale],"
-                    " [Date Naissance], RangNaissance) VALUES"
-                    " (57, '150017512345642', '1975-05-12 00:00:00', 1)");
-            }
-        }
-        std::string avant;
-        {
-            Base db(c.base == "pont" ? s.base_pont() : s.base_hote());
-            db.executer("DROP TABLE [" + c.table + "]");
-            Base pont(s.base_pont());
-            Base hote(s.base_hote());
-            avant = pont.instantane() + hote.instantane();
-        }
-        Execution e = s.operation(c.operation);
-        ASSERT_TRUE(fin_propre(e));
-        Base pont(s.base_pont());
-        Base hote(s.base_hote());
-        EXPECT_EQ(pont.instantane() + hote.instantane(), avant);
-        EXPECT_TRUE(resultat(s.fichier("ZEMO_Response.xml"))) << "no well-formed answer";
-        bool signale = false;
-        for (const auto& l : lignes(s.log())) {
-            signale |= l.find(c.table) != std::string::npos ||
-                       l.find(latin1(c.table)) != std::string::npos;
-        }
-        EXPECT_TRUE(signale) << s.log();
-        if (::testing::Test::HasFailure()) {
-            s.garder = true;
-        }
+        utiliser_script();
+        scripter(1, c.operation == "f_LireVersion" ? reponse_version("1.0") : carte);
+        ecrire(fichier("ZEMO_SvResponse.xml"), carte);
+        std::remove(fichier("LogsSV.txt").c_str());
+        sql(c.base, "ALTER TABLE [" + c.table + "] RENAME TO cachee");
+        const Lignes avant = instantane();
+        ASSERT_TRUE(fin_propre(operation(c.operation)));
+        EXPECT_EQ(instantane(), avant);
+        sql(c.base, "ALTER TABLE cachee RENAME TO [" + c.table + "]");
+        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")).size(), 3u) << "no well-formed answer";
+        EXPECT_NE(log().find(c.table), std::string::npos) << log();
     }
-}
 
-TEST_F(EntreesInvalides, WithoutTheParameterTableTheDefaultBufferIsUsed) {
-    {
-        Base pont(b.base_pont());
-        pont.executer("DROP TABLE T_InfoParam");
-    }
-    b.scripter_reponse(1, reponse_version("2.2"));
-    Execution e = b.operation("f_LireVersion");
-    ASSERT_TRUE(fin_propre(e));
-    EXPECT_EQ(b.taille(1), 102400);
-    Base pont(b.base_pont());
-    EXPECT_EQ(pont.valeur("SELECT Info_Version_VersionDLL FROM T_InfosVersion"), "2.2");
+    // Without the parameter table, the default buffer serves.
+    sql(pont(), "DROP TABLE T_InfoParam");
+    utiliser_script();
+    scripter(1, reponse_version("2.2"));
+    ASSERT_TRUE(fin_propre(operation("f_LireVersion")));
+    EXPECT_EQ(lire(script("taille_1")), "102400");
+    EXPECT_EQ(versions(), Lignes{version_stockee("2.2")});
 }
 
 }  // namespace

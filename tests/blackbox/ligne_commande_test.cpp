@@ -5,15 +5,9 @@
 namespace bb {
 namespace {
 
-std::string decomposition(const std::string& utf8) {
-    std::string d;
-    for (unsigned char c : latin1(utf8)) {
-        d += std::to_string(c) + " ";
-    }
-    return d;
-}
+using namespace std::string_literals;
 
-std::string joindre(const std::vector<std::string>& mots) {
+std::string joindre(const Textes& mots) {
     std::string s;
     for (const auto& m : mots) {
         s += (s.empty() ? "" : " ") + m;
@@ -21,99 +15,74 @@ std::string joindre(const std::vector<std::string>& mots) {
     return s;
 }
 
-class LigneCommande : public BoiteNoire {
-  protected:
-    void SetUp() override {
-        BoiteNoire::SetUp();
-        b.utiliser_script();
-    }
-};
+using LigneCommande = BoiteNoire;
 
 TEST_F(LigneCommande, TheCommandLineAndThePathsItGivesAreLogged) {
-    struct Cas {
-        std::vector<std::string> suite;  // words after the data folder
-    };
-    for (const Cas& c : {Cas{{}}, Cas{{"é"}}, Cas{{"un", "deux"}}}) {
-        std::vector<std::string> args{"f_LireVersion", b.magasin};
-        args.insert(args.end(), c.suite.begin(), c.suite.end());
+    for (const auto& suite : std::vector<Textes>{{}, {"é"}, {"un", "deux"}}) {
+        Textes args{"f_LireVersion", magasin};
+        args.insert(args.end(), suite.begin(), suite.end());
         const std::string chaine = joindre(args);
         SCOPED_TRACE(chaine);
-
-        Execution e = b.lancer(args);
-        ASSERT_TRUE(fin_propre(e));
-        EXPECT_TRUE(b.log_finit_par("Chaine_Command : " + chaine)) << b.log();
-        EXPECT_TRUE(b.log_finit_par("Decomposition Chaine : " + decomposition(chaine))) << b.log();
-        EXPECT_TRUE(b.log_finit_par("F_Appel : f_LireVersion")) << b.log();
-        EXPECT_TRUE(b.log_finit_par("DB_DONNEES : " + b.magasin + "/Donnees_32.accdb")) << b.log();
-        EXPECT_TRUE(b.log_finit_par("DB_sv : " + b.magasin + "/SV140.accdb")) << b.log();
-    }
-}
-
-TEST_F(LigneCommande, WithoutABlankTheDeveloperDefaultsListTheInvoices) {
-    for (const auto& args :
-         {std::vector<std::string>{}, std::vector<std::string>{"f_LireCVitale"}}) {
-        SCOPED_TRACE(joindre(args));
-        Execution e = b.lancer(args);
-        ASSERT_TRUE(fin_propre(e));
-        EXPECT_TRUE(b.log_finit_par("F_Appel : f_ListerFactures")) << b.log();
-        bool ligne_donnees = false;
-        for (const auto& l : lignes(b.log())) {
-            if (l.find("DB_DONNEES : ") != std::string::npos &&
-                l.find("_Magasin") != std::string::npos && l.ends_with("Donnees_32.accdb")) {
-                ligne_donnees = true;
-            }
+        std::string decomposition;  // the platform's single-byte codes: 233 for é
+        for (unsigned char c : latin1(chaine)) {
+            decomposition += std::to_string(c) + " ";
         }
-        EXPECT_TRUE(ligne_donnees) << b.log();
+        ASSERT_TRUE(fin_propre(lancer(args)));
+        for (const std::string& l :
+             {"Chaine_Command : " + chaine, "Decomposition Chaine : " + decomposition,
+              "F_Appel : f_LireVersion"s, "DB_DONNEES : " + hote(), "DB_sv : " + pont()}) {
+            EXPECT_TRUE(log_finit_par(l)) << l << "\n" << log();
+        }
+    }
+    // Without a blank on the command line, the developer's defaults list the invoices.
+    for (const auto& args : std::vector<Textes>{{}, {"f_LireCVitale"}}) {
+        ASSERT_TRUE(fin_propre(lancer(args)));
+        EXPECT_TRUE(log_finit_par("F_Appel : f_ListerFactures")) << log();
     }
 }
 
 TEST_F(LigneCommande, AnUnknownNameIsShownAndNothingIsAskedOfTheMiddleware) {
-    const std::string precedente = reponse("f_LireVersion", "0", "");
+    utiliser_script();
     struct Cas {
-        std::vector<std::string> suite;
+        std::string nom;
+        Textes suite;
         bool reponse_precedente;  // an answer left by an earlier run
     };
-    for (const std::string nom : {"F_LIRECVITALE", "f_lirecvitale", "f_Inconnue"}) {
-        for (const Cas& c : {Cas{{}, true}, Cas{{"un", "deux"}, true}, Cas{{}, false}}) {
-            std::vector<std::string> args{nom, b.magasin};
-            args.insert(args.end(), c.suite.begin(), c.suite.end());
-            const std::string chaine = joindre(args);
-            SCOPED_TRACE(chaine + (c.reponse_precedente ? " (earlier answer)" : " (no answer)"));
-            std::remove(b.fichier("ZEMO_SvResponse.xml").c_str());
-            if (c.reponse_precedente) {
-                ecrire(b.fichier("ZEMO_SvResponse.xml"), precedente);
-            }
-
-            Execution e = b.lancer(args);
-            ASSERT_TRUE(fin_propre(e));
-            const std::string inconnu = "SV140 : " + chaine + " -*- " + nom + " -*- " + b.magasin +
-                                        " -*- " + joindre(c.suite);
-            std::vector<std::string> attendu{inconnu};
-            if (c.reponse_precedente) {
-                // The earlier answer reports no error, so the response phase runs and
-                // does not know the name either.
-                attendu.push_back("SV140 : " + nom);
-            } else {
-                attendu.push_back("Reponse : Le fichier : " + b.fichier("ZEMO_SvResponse.xml") +
-                                  " | non présent ! Veuillez réessayer dans quelques instants");
-            }
-            EXPECT_EQ(e.boites(), attendu) << e.erreurs;
-            EXPECT_TRUE(b.log_finit_par("MsgBox : " + inconnu)) << b.log();
-            EXPECT_EQ(b.appels(), 0);
+    for (const Cas& c : {Cas{"F_LIRECVITALE", {}, true}, Cas{"f_Inconnue", {"un", "deux"}, true},
+                         Cas{"f_lirecvitale", {}, false}}) {
+        Textes args{c.nom, magasin};
+        args.insert(args.end(), c.suite.begin(), c.suite.end());
+        SCOPED_TRACE(joindre(args));
+        std::remove(fichier("ZEMO_SvResponse.xml").c_str());
+        if (c.reponse_precedente) {
+            ecrire(fichier("ZEMO_SvResponse.xml"), reponse("f_LireVersion", "0", ""));
         }
+        Execution e = lancer(args);
+        ASSERT_TRUE(fin_propre(e));
+        const std::string inconnu = "SV140 : " + joindre(args) + " -*- " + c.nom + " -*- " +
+                                    magasin + " -*- " + joindre(c.suite);
+        // An earlier answer without error lets the response phase run: it does not know
+        // the name either.
+        const std::string seconde =
+            c.reponse_precedente ? "SV140 : " + c.nom
+                                 : "Reponse : Le fichier : " + fichier("ZEMO_SvResponse.xml") +
+                                       " | non présent ! Veuillez réessayer dans quelques instants";
+        EXPECT_EQ(e.boites(), (Textes{inconnu, seconde})) << e.erreurs;
+        EXPECT_TRUE(log_finit_par("MsgBox : " + inconnu)) << log();
+        EXPECT_EQ(appels(), 0);
     }
 }
 
-TEST_F(LigneCommande, ACardUpdateThatSucceedsSaysSo) {
-    b.scripter_reponse(1, reponse("f_MettreAJourCV", "0", ""));
-    Execution e = b.operation("f_MettreAJourCV");
+TEST_F(LigneCommande, OnlyASuccessfulCardUpdateSaysSo) {
+    utiliser_script();
+    scripter(1, reponse("f_MettreAJourCV", "0", ""));
+    scripter(2, reponse("f_MettreAJourCV", "276", "Carte absente"));
+    Execution e = operation("f_MettreAJourCV");
     ASSERT_TRUE(fin_propre(e));
-    EXPECT_EQ(e.boites(), std::vector<std::string>{"SV140 : f_MettreAJourCV"}) << e.erreurs;
-
-    b.scripter(2, 0, reponse("f_MettreAJourCV", "276", "Carte absente"));
-    e = b.operation("f_MettreAJourCV");
+    EXPECT_EQ(e.boites(), Textes{"SV140 : f_MettreAJourCV"}) << e.erreurs;
+    e = operation("f_MettreAJourCV");
     ASSERT_TRUE(fin_propre(e));
-    EXPECT_TRUE(e.boites().empty()) << e.erreurs;
+    EXPECT_EQ(e.boites(), Textes{}) << e.erreurs;
 }
 
 }  // namespace
