@@ -16,7 +16,7 @@
 namespace sv140 {
 
 class XmlNoeud {
-public:
+  public:
     XmlNoeud() = default;
     explicit operator bool() const { return n_ != nullptr; }
 
@@ -34,7 +34,7 @@ public:
     XmlNoeud ajouter(std::string_view nom, std::string_view texte = {});
     void definir_texte(std::string_view texte);
 
-private:
+  private:
     friend class XmlDocument;
     explicit XmlNoeud(void* n, void* doc) : n_(n), doc_(doc) {}
     void* n_ = nullptr;
@@ -42,7 +42,7 @@ private:
 };
 
 class XmlDocument {
-public:
+  public:
     XmlDocument();
     ~XmlDocument();
     XmlDocument(const XmlDocument&) = delete;
@@ -64,14 +64,16 @@ public:
     std::vector<XmlNoeud> selectionner(std::string_view xpath) const;
     XmlNoeud selectionner_un(std::string_view xpath) const;
 
-    /// Saves in ISO-8859-1 with its declaration, replacing the file. False on failure.
+    /// Saves in ISO-8859-1 with the declaration version='1.0' encoding='ISO-8859-1',
+    /// replacing the file. False on failure. Text that is not UTF-8 is read as
+    /// Windows-1252; control characters a document cannot hold are dropped.
     bool enregistrer(const std::string& chemin) const;
     /// The document as saved, in bytes.
     std::string octets() const;
 
     const std::string& erreur() const { return erreur_; }
 
-private:
+  private:
     void* doc_ = nullptr;
     std::string erreur_;
 };

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "platform/encodage.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
 
@@ -70,6 +71,17 @@ void initialiser() {
     static Initialisation init;
 }
 
+// A text as a document may hold it: bytes that are not UTF-8 are read as the host's
+// Windows-1252 characters, and the control characters XML forbids are dropped, so that
+// whatever a database or a command line holds, the saved document stays readable.
+std::string texte_xml(std::string_view texte) {
+    std::u16string large = utf8_vers_utf16(texte);
+    std::erase_if(large, [](char16_t c) {
+        return (c < 0x20 && c != '\t' && c != '\n' && c != '\r') || c == 0xFFFE || c == 0xFFFF;
+    });
+    return utf16_vers_utf8(large);
+}
+
 }  // namespace
 
 std::string XmlNoeud::nom() const {
@@ -125,7 +137,7 @@ void XmlNoeud::definir_texte(std::string_view texte) {
         return;
     }
     xmlNodeSetContent(N(n_), nullptr);
-    std::string t(texte);
+    std::string t = texte_xml(texte);
     xmlNodeAddContent(N(n_), X(t));  // taken as plain text, never as markup
 }
 
@@ -224,16 +236,25 @@ std::string XmlDocument::octets() const {
     if (doc_ == nullptr) {
         return {};
     }
-    xmlChar* tampon = nullptr;
-    int taille = 0;
-    xmlDocDumpFormatMemoryEnc(D(doc_), &tampon, &taille, "ISO-8859-1", 0);
-    std::string s(reinterpret_cast<const char*>(tampon), tampon ? taille : 0);
-    xmlFree(tampon);
+    // The declaration is the one the middleware has always received, in its own
+    // quoting; the library writes the rest.
+    xmlBufferPtr tampon = xmlBufferCreate();
+    xmlSaveCtxtPtr sortie = xmlSaveToBuffer(tampon, "ISO-8859-1", XML_SAVE_NO_DECL);
+    bool ok = sortie != nullptr && xmlSaveDoc(sortie, D(doc_)) >= 0;
+    ok = sortie != nullptr && xmlSaveClose(sortie) >= 0 && ok;
+    std::string s;
+    if (ok) {
+        s = "<?xml version='1.0' encoding='ISO-8859-1'?>\n";
+        s.append(reinterpret_cast<const char*>(xmlBufferContent(tampon)),
+                 static_cast<std::size_t>(xmlBufferLength(tampon)));
+    }
+    xmlBufferFree(tampon);
     return s;
 }
 
 bool XmlDocument::enregistrer(const std::string& chemin) const {
-    return doc_ != nullptr && ecrire_fichier(chemin, octets());
+    std::string s = octets();
+    return !s.empty() && ecrire_fichier(chemin, s);
 }
 
 std::string xpath_litteral(std::string_view valeur) {
@@ -248,9 +269,8 @@ std::string xpath_litteral(std::string_view valeur) {
     std::size_t debut = 0;
     for (bool premier = true;; premier = false) {
         auto pos = valeur.find('\'', debut);
-        std::string_view morceau = valeur.substr(debut, pos == std::string_view::npos
-                                                             ? std::string_view::npos
-                                                             : pos - debut);
+        std::string_view morceau = valeur.substr(
+            debut, pos == std::string_view::npos ? std::string_view::npos : pos - debut);
         if (!premier) {
             r.append(", ");
         }

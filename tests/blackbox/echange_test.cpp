@@ -9,7 +9,10 @@
 namespace bb {
 namespace {
 
+// The declaration the cleaning of an answer puts in place of its document type line,
+// and the one the bridge writes on its own documents.
 const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
+const std::string kDeclarationPont = "<?xml version='1.0' encoding='ISO-8859-1'?>";
 
 std::string remplacer(std::string s, const std::string& morceau, const std::string& par) {
     for (auto i = s.find(morceau); i != std::string::npos; i = s.find(morceau, i + par.size())) {
@@ -56,9 +59,9 @@ TEST_F(Echange, RequestsCarryTheDateAndTheProfessional) {
             const std::string corps =
                 "<ZRMESSAGE><programme>Belvane_Classic II</programme><requete><fonction><" + op +
                 ">" + parametres + "</" + op + "></fonction></requete></ZRMESSAGE>";
-            EXPECT_EQ(lire(fichier("ZEMO_SvRequest.xml")), kDeclaration + "\n" + corps + "\n");
+            EXPECT_EQ(lire(fichier("ZEMO_SvRequest.xml")), kDeclarationPont + "\n" + corps + "\n");
             // The middleware receives its lines ended by CR LF.
-            EXPECT_EQ(lire(script("requete_1.xml")), kDeclaration + "\r\n" + corps + "\r\n");
+            EXPECT_EQ(lire(script("requete_1.xml")), kDeclarationPont + "\r\n" + corps + "\r\n");
         }
     }
 }
@@ -97,7 +100,7 @@ TEST_F(Echange, AFailedCallLeavesTheBridgesOwnAnswer) {
         }
         EXPECT_EQ(versions(), Lignes{});
         const std::string document =
-            kDeclaration + "\n<ZRMESSAGE><programme>Belvane_Classic_II</programme><appelant>" +
+            kDeclarationPont + "\n<ZRMESSAGE><programme>Belvane_Classic_II</programme><appelant>" +
             c.resultat[0] + "</appelant><resultat><codeErreur>" + c.resultat[1] +
             "</codeErreur><libelleErreur>" + c.resultat[2] +
             "</libelleErreur></resultat></ZRMESSAGE>\n";
