@@ -131,8 +131,10 @@ void phase_requete(Run& run) {
     for (const LigneRequete& l : table_requetes()) {
         if (l.nom == run.F_Appel) {
             if (l.suite == Suite::Envoyer) {
-                // A request left by an earlier run must never go out in this one's name.
+                // Neither a request nor an answer left by an earlier run may stand for
+                // this one: a step that writes neither leaves the check a missing answer.
                 supprimer_fichier(run.fichier("ZEMO_SvRequest.xml"));
+                supprimer_fichier(run.fichier("ZEMO_SvResponse.xml"));
             }
             if (l.requete(run) && l.suite == Suite::Envoyer) {
                 Envoyer_Requete(run, run.F_Appel, 0);

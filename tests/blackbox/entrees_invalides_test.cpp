@@ -91,6 +91,25 @@ TEST_F(EntreesInvalides, AnUnreadableHostRequestSendsNothing) {
     }
 }
 
+TEST_F(EntreesInvalides, AnEarlierAnswerNeverStandsForThisRun) {
+    // The bridge database is gone, so the complementary query cannot be built; the
+    // successful answer of the run before must not reach the host as this one's.
+    utiliser_script();
+    ecrire(fichier("ZEMO_SvResponse.xml"),
+           "<?xml version=\"1.0\"?><ZRMESSAGE><appelant>f_LireVersion</appelant><resultat>"
+           "<codeErreur>0</codeErreur><libelleErreur/></resultat></ZRMESSAGE>");
+    ecrire(fichier("ZEMO_Request.xml"),
+           "<BelvaneClassicII><beneficiaire><codeRegime>01</codeRegime></beneficiaire>"
+           "</BelvaneClassicII>");
+    std::filesystem::rename(pont(), pont() + ".cache");
+    EXPECT_TRUE(fin_propre(operation("f_LireInfosComplementaire")));
+    std::filesystem::rename(pont() + ".cache", pont());
+    EXPECT_EQ(appels(), 0);
+    EXPECT_FALSE(existe(fichier("ZEMO_SvResponseAMC.xml")));
+    EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")),
+              (Textes{"f_InitialisationPS", "99", "Les données de la CPS n'ont pu être lues"}));
+}
+
 TEST_F(EntreesInvalides, AMissingDatabaseIsNeverCreatedAndIsLogged) {
     struct Cas {
         std::string chemin;
