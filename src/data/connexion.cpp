@@ -154,6 +154,14 @@ bool egal_sans_casse(std::string_view a, std::string_view b) {
            });
 }
 
+// The drivers read the path from a connection string in which ';' separates the
+// attributes and braces are not understood: such a path would open another file.
+bool chemin_transmissible(std::string_view chemin) {
+    return chemin.find_first_of(";{}") == std::string_view::npos;
+}
+constexpr const char* kCheminIntransmissible =
+    "chemin refusé : les caractères ; { } ne peuvent pas être transmis au pilote ODBC";
+
 std::tm aujourdhui() {
     std::time_t t = std::time(nullptr);
     return *std::localtime(&t);
@@ -263,8 +271,13 @@ bool Connexion::ouvrir(const std::string& chemin) {
     chemin_ = chemin;
     erreur_.clear();
     Moteur m = moteur_du_fichier(chemin);
-    if (m == Moteur::Aucun) {
+    if (!chemin_transmissible(chemin)) {
+        erreur_ = kCheminIntransmissible;
+        m = Moteur::Aucun;
+    } else if (m == Moteur::Aucun) {
         erreur_ = "base de données introuvable";
+    }
+    if (m == Moteur::Aucun) {
         journaliser("Connexion impossible : " + chemin + " : " + erreur_);
         return false;
     }
@@ -440,6 +453,10 @@ bool Connexion::revenir(std::string_view nom) {
 }
 
 bool Connexion::creer_sqlite(const std::string& chemin, std::string& erreur) {
+    if (!chemin_transmissible(chemin)) {
+        erreur = std::string(kCheminIntransmissible) + " : " + chemin;
+        return false;
+    }
     if (moteur_du_fichier(chemin) != Moteur::Aucun) {
         erreur = "le fichier existe déjà : " + chemin;
         return false;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "aide_test.h"
 #include "data/connexion.h"
 #include "platform/systeme.h"
@@ -42,6 +44,15 @@ TEST_F(ConnexionTest, AMissingDatabaseIsNeverCreated) {
     ASSERT_EQ(journal_.size(), 1u);
     EXPECT_NE(journal_[0].find(absente), std::string::npos);
     EXPECT_FALSE(c.Execute("DELETE * FROM T;"));
+
+    // The driver reads the path from a string that ';' splits: such a folder would
+    // open, or create, another file. It is refused, and nothing is created.
+    std::filesystem::create_directory(dossier_ / "a;b");
+    std::string erreur;
+    EXPECT_FALSE(Connexion::creer_sqlite(dossier_ / "a;b/SV140.accdb", erreur));
+    EXPECT_FALSE(c.ouvrir(dossier_ / "a;b/SV140.accdb"));
+    EXPECT_FALSE(fichier_existe(dossier_ / "a"));
+    EXPECT_FALSE(fichier_existe(dossier_ / "a;b/SV140.accdb"));
 }
 
 TEST_F(ConnexionTest, NothingIsWrittenBeforeValidation) {
