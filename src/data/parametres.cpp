@@ -74,7 +74,7 @@ long Lire_Taille_Buffer(Run& run) {
     if (!v) {
         return 102400;
     }
-    return static_cast<long>(v->nombre());
+    return Taille_Tampon(v->nombre());
 }
 
 bool Lire_Identifiants_PS(Run& run, std::string& idNat, std::string& idFac, std::string& numSitu) {

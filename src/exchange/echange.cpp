@@ -20,7 +20,8 @@ constexpr const char* kRequete = "ZEMO_SvRequest.xml";
 
 // An answer buffer is never larger than this, whatever size an error text claims.
 constexpr long kTailleMaximale = 64L * 1024 * 1024;
-// Rounds of oversized-answer recovery before the bridge gives up.
+// Requests for one answer (the first and its recoveries) before the bridge gives up on
+// an answer that never fits.
 constexpr int kEssais271 = 3;
 
 void remplacer_tout(std::string& s, std::string_view de, std::string_view par) {
@@ -29,10 +30,6 @@ void remplacer_tout(std::string& s, std::string_view de, std::string_view par) {
     }
 }
 
-// Banker's rounding, as the host's numeric rounding does.
-long arrondi_pair(double x) {
-    return static_cast<long>(std::nearbyint(x));
-}
 
 bool lire_reponse(Run& run, int essai);
 
@@ -52,6 +49,13 @@ void Reponse_Erreur(Run& run, std::string_view code, std::string_view message,
     if (!doc.enregistrer(run.fichier(kReponse))) {
         run.log("Impossible d'écrire " + run.fichier(kReponse));
     }
+}
+
+long Taille_Tampon(double taille) {
+    if (!(taille >= 1)) {  // also catches NaN
+        return 1;
+    }
+    return taille > kTailleMaximale ? kTailleMaximale : static_cast<long>(taille);
 }
 
 void Reponse_Illisible(Run& run, std::string_view appelant) {
@@ -88,13 +92,10 @@ bool Executer_ZR(Run& run, const std::string& requete, long taille) {
     if (taille == 0) {
         taille = Lire_Taille_Buffer(run);
     }
-    if (taille < 1) {
-        taille = 1;
-    }
-    if (taille > kTailleMaximale) {
+    if (long bornee = Taille_Tampon(static_cast<double>(taille)); bornee != taille) {
         run.log("Taille de tampon ramenée de " + std::to_string(taille) + " à " +
-                std::to_string(kTailleMaximale));
-        taille = kTailleMaximale;
+                std::to_string(bornee));
+        taille = bornee;
     }
     // Written first: if the middleware ends the process or never returns, this
     // document is the answer the host finds.
@@ -186,7 +187,10 @@ bool lire_reponse(Run& run, int essai) {
         long taille = 0;
         auto attendue = libelle.find("Attendue:");
         if (attendue != std::string::npos && libelle.find("Trouvée:") != std::string::npos) {
-            taille = arrondi_pair(Val(std::string_view(libelle).substr(attendue + 9)) * 1.1);
+            // Rounded half to even, as the host rounds.
+            double attendu =
+                std::nearbyint(Val(std::string_view(libelle).substr(attendue + 9)) * 1.1);
+            taille = attendu >= 1 ? Taille_Tampon(attendu) : 0;
         }
         Requete_f_RecupMessage(run, run.F_Appel);
         run.log("F_Appel : " + run.F_Appel + " Buffer : " + std::to_string(taille));
@@ -197,6 +201,7 @@ bool lire_reponse(Run& run, int essai) {
     }
     if (run.F_Appel == "f_TransfertPJ" || run.F_Appel == "f_TransfertPJ_unique") {
         valeur = 9998;  // the attachment transfer reports its own errors
+        code = "9998";
     }
     static constexpr double kSilencieux[] = {98, 260, 261, 276, 283, 297, 9998};
     bool silencieux = false;
@@ -204,8 +209,8 @@ bool lire_reponse(Run& run, int essai) {
         silencieux = silencieux || valeur == c;
     }
     if (!silencieux) {
-        run.ui->MsgBox("Erreur N° " + Nombre_SQL(valeur) + "\r\n\r\n" + libelle,
-                       "Erreur dans " + run.F_Appel, Icone::Critique);
+        run.ui->MsgBox("Erreur N° " + code + "\r\n\r\n" + libelle, "Erreur dans " + run.F_Appel,
+                       Icone::Critique);
     }
     return false;
 }

@@ -32,6 +32,10 @@ void Reponse_Erreur(Run& run, std::string_view code, std::string_view message,
 /// The response check: True when the answer reports no error.
 bool Lire_Reponse(Run& run);
 
+/// An answer-buffer size from a number read anywhere (a parameter, an error text):
+/// at least 1, at most 64 MiB, so that no stored or received value can ask for more.
+long Taille_Tampon(double taille);
+
 /// "Impossible de lire ZEMO_SvResponse.xml" under `appelant`, code 99.
 void Reponse_Illisible(Run& run, std::string_view appelant);
 
