@@ -14,10 +14,13 @@ int main(int argc, char** argv) {
     const std::string dossier = dossier_programme();
 
     // The exchange files have fixed names: one run at a time in a program folder.
-    auto verrou = prendre_verrou(joindre(dossier, "sv140.lock"), std::chrono::seconds(30));
+    const std::string fichier_verrou = joindre(dossier, "sv140.lock");
+    auto verrou = prendre_verrou(fichier_verrou, std::chrono::seconds(30));
     if (!verrou) {
-        std::cerr << "sv140 : une autre opération est en cours dans " << dossier
-                  << " ; cette opération n'a pas été lancée.\n";
+        std::cerr << "sv140 : le verrou " << fichier_verrou
+                  << " n'a pu être pris (une autre opération est en cours, ou le dossier du "
+                     "programme n'est pas accessible en écriture) ; cette opération n'a pas été "
+                     "lancée.\n";
         return 3;
     }
 
@@ -31,8 +34,12 @@ int main(int argc, char** argv) {
         std::cerr << "sv140 : " << fin.raison << "\n";
         return 1;
     } catch (const std::exception& e) {
-        run.log(std::string("Erreur inattendue : ") + e.what());
-        std::cerr << "sv140 : erreur inattendue : " << e.what() << "\n";
+        // The host still gets an answer that says the operation failed.
+        std::string message = std::string("Erreur inattendue : ") + e.what();
+        run.log(message);
+        std::cerr << "sv140 : " << message << "\n";
+        Reponse_Erreur(run, "99", message, run.F_Appel);
+        Copier_Fichier(run.fichier("ZEMO_SvResponse.xml"), run.fichier("ZEMO_Response.xml"), true);
         return 1;
     }
     return 0;
