@@ -58,12 +58,14 @@ std::string Echapper_Apostrophes(std::string_view valeur) {
     return sortie;
 }
 
-double Val(std::string_view texte) {
+double Val(std::string_view brut) {
+    // The host's reading ignores blanks, tabs and line ends wherever they stand:
+    // "1 2" is 12.
+    std::string sans_blancs(brut);
+    std::erase_if(sans_blancs,
+                  [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; });
+    std::string_view texte = sans_blancs;
     std::size_t i = 0;
-    while (i < texte.size() &&
-           (texte[i] == ' ' || texte[i] == '\t' || texte[i] == '\r' || texte[i] == '\n')) {
-        ++i;
-    }
     bool negatif = false;
     if (i < texte.size() && (texte[i] == '+' || texte[i] == '-')) {
         negatif = texte[i] == '-';

@@ -17,9 +17,10 @@ std::string Doubler_Apostrophes(std::optional<std::string>& valeur);
 /// passed through Doubler_Apostrophes (so that no value breaks out of its literal).
 std::string Echapper_Apostrophes(std::string_view valeur);
 
-/// The numeric value of a text: leading blanks skipped, then an optional sign, digits,
-/// a decimal point and an exponent; reading stops at the first character that is not
-/// part of a number; 0 when there is none.
+/// The numeric value of a text, as the host reads it: blanks, tabs and line ends are
+/// ignored wherever they stand, then an optional sign, digits, a decimal point and an
+/// exponent; reading stops at the first character that is not part of a number; 0
+/// when there is none.
 double Val(std::string_view texte);
 
 /// A number written bare into a statement: whole numbers without a decimal point,
