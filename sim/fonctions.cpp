@@ -170,10 +170,8 @@ Reponse f_InitialisationPS(const Appel& a) {
     return reponse_succes(a.operation);
 }
 
-Reponse f_LireCVitale(const Appel& a) {
-    if (!chiffres(a.requete.texte_de("dateLecture"), 8)) {
-        return erreur(a, kDateLectureInvalide, "Date de lecture absente ou invalide");
-    }
+// The card in the reader, as its context and beneficiaries.
+Reponse reponse_carte(const Appel& a) {
     Element contexte;
     if (Erreur e = lire_carte(a, contexte)) {
         return *e;
@@ -183,16 +181,17 @@ Reponse f_LireCVitale(const Appel& a) {
     return r;
 }
 
+Reponse f_LireCVitale(const Appel& a) {
+    if (!chiffres(a.requete.texte_de("dateLecture"), 8)) {
+        return erreur(a, kDateLectureInvalide, "Date de lecture absente ou invalide");
+    }
+    return reponse_carte(a);
+}
+
 // The update brings the card in line with the insurer's files; the simulated insurer
 // agrees with the card, so the answer is the card as it stands.
 Reponse f_MettreAJourCV(const Appel& a) {
-    Element contexte;
-    if (Erreur e = lire_carte(a, contexte)) {
-        return *e;
-    }
-    Reponse r = reponse_succes(a.operation);
-    r.donnees.ajouter_arbre(contexte);
-    return r;
+    return reponse_carte(a);
 }
 
 Reponse f_ListerFactures(const Appel& a) {
