@@ -37,7 +37,7 @@ struct Valeur {
 
 /// The rows a query returned, all read at once (a client-side cursor).
 class Recordset {
-public:
+  public:
     Recordset() = default;
     Recordset(std::vector<std::string> colonnes, std::vector<std::vector<Valeur>> lignes);
 
@@ -50,14 +50,14 @@ public:
     Valeur champ(std::string_view nom) const;
     const std::vector<std::string>& colonnes() const { return colonnes_; }
 
-private:
+  private:
     std::vector<std::string> colonnes_;
     std::vector<std::vector<Valeur>> lignes_;
     std::size_t courante_ = 0;
 };
 
 class Connexion {
-public:
+  public:
     using Journal = std::function<void(std::string_view)>;
 
     explicit Connexion(Journal journal = {});
@@ -99,7 +99,7 @@ public:
     /// itself never creates a database). False with `erreur` on failure.
     static bool creer_sqlite(const std::string& chemin, std::string& erreur);
 
-private:
+  private:
     struct Impl;
     std::unique_ptr<Impl> impl_;
     Journal journal_;

@@ -30,7 +30,6 @@ void remplacer_tout(std::string& s, std::string_view de, std::string_view par) {
     }
 }
 
-
 bool lire_reponse(Run& run, int essai);
 
 }  // namespace

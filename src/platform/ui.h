@@ -16,7 +16,7 @@ enum class Icone { Aucune, Critique, Question, Exclamation, Information };
 enum class Reponse { Oui, Non, Annuler };
 
 class Ui {
-public:
+  public:
     virtual ~Ui() = default;
     /// A box with one OK button.
     virtual void MsgBox(std::string_view texte, std::string_view titre = "SV140",
