@@ -137,29 +137,5 @@ TEST_F(Simulateur, TheComplementaryQueryKeepsItsExchangeForTheHost) {
     EXPECT_FALSE(existe(fichier("ZEMO_SvResponseAMC.xml")));
 }
 
-TEST_F(Simulateur, AnInjectedErrorReachesTheHostAndStoresNothing) {
-    for (const auto& [code, boite] :
-         std::vector<std::pair<std::string, bool>>{{"5", true}, {"276", false}}) {
-        SCOPED_TRACE("code " + code);
-        sql(hote(),
-            "DELETE FROM [Sélection Verres];"
-            "INSERT INTO [Sélection Verres] ([Nom du Verre]) VALUES ('earlier')");
-        ASSERT_EQ(outil({"carte", racine, "famille"}).statut, 0);
-        ASSERT_EQ(outil({"panne", racine, "f_LireCVitale", code, "Lecteur absent"}).statut, 0);
-        Execution e = operation("f_LireCVitale");
-        ASSERT_TRUE(fin_propre(e));
-        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")),
-                  (Textes{"f_LireCVitale", code, "Lecteur absent"}));
-        EXPECT_EQ(e.boites(), boite ? Textes{"Erreur dans f_LireCVitale : Erreur N° " + code +
-                                             " |  | Lecteur absent"}
-                                    : Textes{})
-            << e.erreurs;
-        EXPECT_EQ(liste().size(), 1u) << "the list was touched";
-        // The failure happened once.
-        reussir("f_LireCVitale");
-        EXPECT_GE(liste().size(), 3u);
-    }
-}
-
 }  // namespace
 }  // namespace bb

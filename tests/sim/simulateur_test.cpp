@@ -187,32 +187,6 @@ TEST_F(Sim, RequetesEtReponses) {
     }
 }
 
-// Every element the bridge reads by name, once in each card and in each beneficiary.
-TEST_F(Sim, ChaqueCartePorteCeQueLePontLit) {
-    for (const char* carte : kCartesDemo) {
-        SCOPED_TRACE(carte);
-        const Resultat r = lire_carte(carte);
-        EXPECT_EQ(r.code(), "0");
-        verifier_chemins(r,
-                         "contexteCVitale/ TYP_CART VIT_NSER ADM/FDV_CRT ADM/RUF1_ADM "
-                         "ADM/RUF2_ADM NIR_ASS CLE_ASS RGG_COD RTT_CAI RTT_UGE COD_GES RUF_FAM "
-                         "COD_SEF DEB_SEF FIN_SEF NB_BEN contexteCVitale/AT/ ORG_GE GST_CD "
-                         "IDT_AT ORG_GE1 GST_CD1 IDT_AT1 ORG_GE2 GST_CD2 IDT_AT2",
-                         1);
-        const long n = r.doc.selectionner("//Beneficiaire").size();
-        EXPECT_EQ(r.texte("donnees/contexteCVitale/NB_BEN"), std::to_string(n));
-        verifier_chemins(r,
-                         "contexteCVitale/Beneficiaire/ NOM_USG NOM_PAT PRM_USG ADR_LN1 ADR_LN2 "
-                         "ADR_LN3 ADR_LN4 ADR_LN5 NIR_CER CLE_CER DAT_CER NAI_BEN BEN_RNG "
-                         "BEN_QLT COD_SEB DEB_SEB FIN_SEB MUT/MUT_NUM MUT/CONT_MUT MUT/TRT_MUT "
-                         "MUT/TYP_MUT MUT/SER_MUT MUT/IND_STS COMP/CPL_NU2 COMP/CPL_EDI "
-                         "COMP/ADH_NUM COMP/TRT_AMC COMP/CPL_DEB COMP/CPL_FIN COMP/ROU_FLX "
-                         "COMP/IDT_HOT COMP/NOM_DOM COMP/IND_STS_AMC COMP/TYP_SER COMP/SER_CRT "
-                         "COMP/RUF_COMP DRT_AMO/NB_DRT_AMO DRT_CC/NB_DRT_CC MUT/DRT_MUT/NB_DRT_MUT",
-                         n);
-    }
-}
-
 TEST_F(Sim, ReponseTropLongueRecupereeEnEntier) {
     const std::string complete = lire_carte("douze").brut;
     const int n = static_cast<int>(complete.size());
