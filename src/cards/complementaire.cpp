@@ -36,13 +36,7 @@ bool Requete_f_LireInfosComplementaire(Run& run) {
 
     Requete requete("f_LireInfosComplementaire");
     if (!requete.ajouter_PS(run, /*avec_numSitu=*/true, /*avec_motDePasse=*/false)) {
-        // Missing rows have their own answer; a database that could not be read has
-        // none yet (the previous answer was removed before this request was built).
-        if (!fichier_existe(run.fichier("ZEMO_SvResponse.xml"))) {
-            Reponse_Erreur(run, "99", "Les données de la CPS n'ont pu être lues",
-                           "f_InitialisationPS");
-        }
-        return false;
+        return false;  // the answer says which professional data could not be read
     }
     requete.operation().ajouter("offre", "ITSV");
     XmlNoeud donnees = requete.operation().ajouter("donneesComplementaire");

@@ -91,10 +91,9 @@ bool Lire_Identifiants_PS(Run& run, std::string& idNat, std::string& idFac, std:
     auto cps = run.cnx->pont.Ouvrir(
         "SELECT T_InfosCPS.Info_CPS_ID, T_InfosCPS.Info_CPS_NUM_IDN FROM T_InfosCPS WHERE "
         "(((T_InfosCPS.Info_CPS_ID)=1));");
-    if (!cps) {
-        return false;
-    }
-    if (cps->RecordCount() == 0) {
+    // A database that cannot be read says no more than an empty table: either way the
+    // host is told which professional data are missing.
+    if (!cps || cps->RecordCount() == 0) {
         Reponse_Erreur(run, "99", "Les données de la CPS n'ont pu être lues", "f_InitialisationPS");
         return false;
     }
@@ -107,10 +106,7 @@ bool Lire_Identifiants_PS(Run& run, std::string& idNat, std::string& idFac, std:
         "T_InfosSituation_CPS.InfoSituation_CLE_IDFACPS FROM T_InfosSituation_CPS WHERE "
         "(((T_InfosSituation_CPS.InfoSituation_CPS_NUM_SIT)='" +
         Echapper_Apostrophes(Num_Situ) + "'));");
-    if (!situ) {
-        return false;
-    }
-    if (situ->RecordCount() == 0) {
+    if (!situ || situ->RecordCount() == 0) {
         Reponse_Erreur(run, "99", "Les données de situation de la CPS n'ont pu être lues",
                        "f_InitialisationPS");
         return false;

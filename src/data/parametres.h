@@ -21,8 +21,8 @@ bool Lire_SCORActif(Run& run);
 /// The middleware answer buffer size, 102400 when not configured.
 long Lire_Taille_Buffer(Run& run);
 /// The professional's national identifier, invoicing identifier (number and key) and
-/// situation number. On missing data, writes the code 99 error response and returns
-/// false with what it had read.
+/// situation number. When they cannot be read (missing rows or an unreadable
+/// database), writes the code 99 error response and returns false with what it had read.
 bool Lire_Identifiants_PS(Run& run, std::string& idNat, std::string& idFac, std::string& numSitu);
 
 }  // namespace sv140
