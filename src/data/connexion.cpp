@@ -17,6 +17,7 @@
 #include "data/access_sql.h"
 #include "data/texte_sql.h"
 #include "platform/encodage.h"
+#include "platform/systeme.h"
 
 namespace sv140 {
 namespace {
@@ -286,8 +287,9 @@ bool Connexion::ouvrir(const std::string& chemin) {
     if (m == Moteur::SQLite) {
         // NoCreat: a database that vanished between the check and the opening must
         // not come back as an empty file.
+        const std::string fichier = chemin_pour_pilote(chemin);
         for (const char* pilote : kPilotesSQLite) {
-            std::string chaine = std::string("DRIVER=") + pilote + ";Database=" + chemin +
+            std::string chaine = std::string("DRIVER=") + pilote + ";Database=" + fichier +
                                  ";NoCreat=1;Timeout=10000;LongNames=0;ShortNames=1;";
             std::string erreur;
             if (impl->connecter(chaine, erreur)) {
@@ -464,7 +466,9 @@ bool Connexion::creer_sqlite(const std::string& chemin, std::string& erreur) {
     for (const char* pilote : kPilotesSQLite) {
         Impl impl;
         std::string e;
-        if (!impl.connecter(std::string("DRIVER=") + pilote + ";Database=" + chemin + ";", e)) {
+        if (!impl.connecter(
+                std::string("DRIVER=") + pilote + ";Database=" + chemin_pour_pilote(chemin) + ";",
+                e)) {
             erreur = e;
             continue;
         }

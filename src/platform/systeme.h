@@ -76,6 +76,11 @@ bool rendre_executable(const std::string& chemin);
 /// `chemin` itself when the current folder cannot be read.
 std::string chemin_absolu(const std::string& chemin);
 
+/// `chemin` as a database driver of this machine reads it. The SQLite ODBC driver that
+/// Wine's ODBC reaches is a library of the underlying system, which does not know
+/// drive letters: there it gets the system's own path. Elsewhere, `chemin` itself.
+std::string chemin_pour_pilote(const std::string& chemin);
+
 /// An exclusive lock on a file, held until destruction.
 class Verrou {
   public:

@@ -331,6 +331,10 @@ bool rendre_executable(const std::string& chemin) {
     return ::chmod(chemin.c_str(), 0755) == 0;
 }
 
+std::string chemin_pour_pilote(const std::string& chemin) {
+    return chemin;
+}
+
 std::string chemin_absolu(const std::string& chemin) {
     std::string absolu = chemin;
     if (chemin.empty() || chemin.front() != '/') {

@@ -427,6 +427,23 @@ std::string chemin_absolu(const std::string& chemin) {
     return etroit(absolu.data(), ecrit);
 }
 
+std::string chemin_pour_pilote(const std::string& chemin) {
+    // Only Wine's kernel32 has this export; on Windows the driver reads Windows paths.
+    using VersUnix = char*(__cdecl*)(const wchar_t*);
+    static const auto vers_unix = reinterpret_cast<VersUnix>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    if (vers_unix == nullptr) {
+        return chemin;
+    }
+    char* unix_ = vers_unix(large(chemin_absolu(chemin)).c_str());
+    if (unix_ == nullptr) {
+        return chemin;
+    }
+    std::string r = unix_;
+    ::HeapFree(::GetProcessHeap(), 0, unix_);
+    return r;
+}
+
 std::unique_ptr<Verrou> prendre_verrou(const std::string& chemin, std::chrono::milliseconds delai) {
     HANDLE h = ::CreateFileW(large(chemin).c_str(), GENERIC_READ | GENERIC_WRITE,
                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
