@@ -1,5 +1,7 @@
 #include "shop/installation.h"
 
+#include <utility>
+
 #include "platform/intergiciel.h"
 #include "platform/systeme.h"
 #include "shop/schema.h"
@@ -27,9 +29,15 @@ Issue Installer(const std::string& dossier, const std::string& source, std::stri
         erreur = inst.racine + " existe déjà";
         return Issue::Existe;
     }
-    for (const char* nom : {kNomPont, kNomIntergiciel}) {
-        if (!fichier_existe(joindre(source, nom))) {
-            erreur = std::string(nom) + " introuvable dans " + source;
+    // In the Windows package the simulator waits in its own folder, so that it never
+    // stands beside the bridge under the real middleware's name by accident.
+    const std::string simulateur =
+        fichier_existe(joindre(source, kNomIntergiciel)) ? source : joindre(source, "simulateur");
+    const std::pair<const char*, std::string> livres[] = {{kNomPont, source},
+                                                          {kNomIntergiciel, simulateur}};
+    for (const auto& [nom, dossier_source] : livres) {
+        if (!fichier_existe(joindre(dossier_source, nom))) {
+            erreur = std::string(nom) + " introuvable dans " + dossier_source;
             return Issue::Echec;
         }
     }
@@ -39,9 +47,9 @@ Issue Installer(const std::string& dossier, const std::string& source, std::stri
             return Issue::Echec;
         }
     }
-    for (const char* nom : {kNomPont, kNomIntergiciel}) {
+    for (const auto& [nom, dossier_source] : livres) {
         const std::string cible = joindre(inst.programme, nom);
-        if (!copier_fichier_systeme(joindre(source, nom), cible, true) ||
+        if (!copier_fichier_systeme(joindre(dossier_source, nom), cible, true) ||
             !rendre_executable(cible)) {
             erreur = "impossible de copier " + std::string(nom) + " dans " + inst.programme;
             return Issue::Echec;
