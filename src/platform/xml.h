@@ -82,4 +82,17 @@ class XmlDocument {
 /// ('...', "..." or concat(...)), so that no value breaks out of its literal.
 std::string xpath_litteral(std::string_view valeur);
 
+// What the libxml2 and the MSXML implementations share (xml.cpp); not for the core.
+namespace xml_commun {
+
+/// `texte` without the blanks (" \t\r\n") at either end.
+std::string rogner(std::string_view texte);
+/// A text as a document may hold it, in UTF-16: bytes that are not UTF-8 are the
+/// host's Windows-1252 characters, and the control characters XML forbids are gone.
+std::u16string texte_document(std::string_view texte);
+/// `erreur()` of a document refused by the parser, from the parser's own reason.
+std::string refus(std::string_view raison, long ligne);
+
+}  // namespace xml_commun
+
 }  // namespace sv140

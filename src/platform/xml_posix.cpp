@@ -23,16 +23,6 @@ const xmlChar* X(const std::string& s) {
     return reinterpret_cast<const xmlChar*>(s.c_str());
 }
 
-std::string rogner(std::string s) {
-    const char* blancs = " \t\r\n";
-    auto debut = s.find_first_not_of(blancs);
-    if (debut == std::string::npos) {
-        return {};
-    }
-    auto fin = s.find_last_not_of(blancs);
-    return s.substr(debut, fin - debut + 1);
-}
-
 std::vector<void*> evaluer(void* doc, void* contexte, std::string_view xpath) {
     std::vector<void*> noeuds;
     if (doc == nullptr) {
@@ -71,17 +61,6 @@ void initialiser() {
     static Initialisation init;
 }
 
-// A text as a document may hold it: bytes that are not UTF-8 are read as the host's
-// Windows-1252 characters, and the control characters XML forbids are dropped, so that
-// whatever a database or a command line holds, the saved document stays readable.
-std::string texte_xml(std::string_view texte) {
-    std::u16string large = utf8_vers_utf16(texte);
-    std::erase_if(large, [](char16_t c) {
-        return (c < 0x20 && c != '\t' && c != '\n' && c != '\r') || c == 0xFFFE || c == 0xFFFF;
-    });
-    return utf16_vers_utf8(large);
-}
-
 }  // namespace
 
 std::string XmlNoeud::nom() const {
@@ -95,7 +74,7 @@ std::string XmlNoeud::texte() const {
     xmlChar* contenu = xmlNodeGetContent(N(n_));
     std::string s = contenu ? reinterpret_cast<const char*>(contenu) : "";
     xmlFree(contenu);
-    return rogner(std::move(s));
+    return xml_commun::rogner(s);
 }
 
 std::string XmlNoeud::texte_de(std::string_view xpath) const {
@@ -137,7 +116,7 @@ void XmlNoeud::definir_texte(std::string_view texte) {
         return;
     }
     xmlNodeSetContent(N(n_), nullptr);
-    std::string t = texte_xml(texte);
+    std::string t = utf16_vers_utf8(xml_commun::texte_document(texte));
     xmlNodeAddContent(N(n_), X(t));  // taken as plain text, never as markup
 }
 
@@ -192,10 +171,9 @@ bool XmlDocument::charger_texte(std::string_view octets) {
         XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA);
     if (doc == nullptr || xmlDocGetRootElement(doc) == nullptr) {
         const xmlError* e = xmlGetLastError();
-        erreur_ = e && e->message ? rogner(e->message) : "document vide";
-        if (e != nullptr) {
-            erreur_ += " (ligne " + std::to_string(e->line) + ")";
-        }
+        // An empty input is refused before any parsing, without a word from libxml2.
+        erreur_ = e != nullptr ? xml_commun::refus(e->message ? e->message : "", e->line)
+                               : xml_commun::refus("document vide", 1);
         xmlFreeDoc(doc);
         return false;
     }
@@ -255,33 +233,6 @@ std::string XmlDocument::octets() const {
 bool XmlDocument::enregistrer(const std::string& chemin) const {
     std::string s = octets();
     return !s.empty() && ecrire_fichier(chemin, s);
-}
-
-std::string xpath_litteral(std::string_view valeur) {
-    if (valeur.find('\'') == std::string_view::npos) {
-        return std::string("'").append(valeur).append("'");
-    }
-    if (valeur.find('"') == std::string_view::npos) {
-        return std::string("\"").append(valeur).append("\"");
-    }
-    // Both kinds of quotes: glue the pieces between apostrophes back together.
-    std::string r = "concat(";
-    std::size_t debut = 0;
-    for (bool premier = true;; premier = false) {
-        auto pos = valeur.find('\'', debut);
-        std::string_view morceau = valeur.substr(
-            debut, pos == std::string_view::npos ? std::string_view::npos : pos - debut);
-        if (!premier) {
-            r.append(", ");
-        }
-        r.append("'").append(morceau).append("'");
-        if (pos == std::string_view::npos) {
-            break;
-        }
-        r.append(", \"'\"");
-        debut = pos + 1;
-    }
-    return r.append(")");
 }
 
 }  // namespace sv140

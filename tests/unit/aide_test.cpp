@@ -11,6 +11,15 @@
 #include "shop/schema.h"
 
 namespace sv140::test {
+namespace {
+
+// The tests' paths are UTF-8, as the bridge's are: never the Windows ANSI code page
+// that narrow paths mean to the C++ library there.
+std::filesystem::path chemin_fs(const std::string& utf8) {
+    return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
+}
+
+}  // namespace
 
 DossierTemporaire::DossierTemporaire() {
     std::random_device alea;
@@ -18,7 +27,8 @@ DossierTemporaire::DossierTemporaire() {
     for (;;) {
         auto p = base / ("sv140-test-" + std::to_string(alea()));
         if (std::filesystem::create_directory(p)) {
-            chemin_ = p.string();
+            const std::u8string utf8 = p.u8string();
+            chemin_.assign(utf8.begin(), utf8.end());
             return;
         }
     }
@@ -26,7 +36,7 @@ DossierTemporaire::DossierTemporaire() {
 
 DossierTemporaire::~DossierTemporaire() {
     std::error_code ec;
-    std::filesystem::remove_all(chemin_, ec);
+    std::filesystem::remove_all(chemin_fs(chemin_), ec);
 }
 
 std::tm date(int annee, int mois, int jour, int h, int m, int s) {
@@ -41,19 +51,19 @@ std::tm date(int annee, int mois, int jour, int h, int m, int s) {
 }
 
 std::string lire(const std::string& chemin) {
-    std::ifstream f(chemin, std::ios::binary);
+    std::ifstream f(chemin_fs(chemin), std::ios::binary);
     std::stringstream s;
     s << f.rdbuf();
     return s.str();
 }
 
 void ecrire(const std::string& chemin, const std::string& octets) {
-    std::ofstream(chemin, std::ios::binary) << octets;
+    std::ofstream(chemin_fs(chemin), std::ios::binary) << octets;
 }
 
 void Magasin::SetUp() {
-    std::filesystem::create_directories(programme);
-    std::filesystem::create_directories(donnees);
+    std::filesystem::create_directories(chemin_fs(programme));
+    std::filesystem::create_directories(chemin_fs(donnees));
     std::string erreur;
     ASSERT_TRUE(shop::Creer_Bases(donnees, racine + "/Temporaire.accdb", erreur)) << erreur;
 }
