@@ -59,8 +59,11 @@ std::string nom_colonne(SQLHSTMT h, SQLSMALLINT c) {
     SQLSMALLINT longueur = 0, type = 0, decimales = 0, nul = 0;
     SQLULEN taille = 0;
     SQLDescribeColW(h, c, nom, 256, &longueur, &type, &taille, &decimales, &nul);
-    return utf16_vers_utf8(
-        std::u16string(reinterpret_cast<const char16_t*>(nom), std::min<int>(longueur, 255)));
+    // The length can count the bytes of the driver's UTF-8 name rather than its
+    // characters (the SQLite driver under Wine does, for "N°"): the name ends at its NUL.
+    std::u16string texte(reinterpret_cast<const char16_t*>(nom), std::min<int>(longueur, 255));
+    texte.resize(std::min(texte.size(), texte.find(u'\0')));
+    return utf16_vers_utf8(texte);
 }
 
 using Unite = char16_t;
