@@ -347,9 +347,13 @@ int lancer_programme(const std::string& programme, const Lancement& lancement) {
             entree = copie_heritable(STD_INPUT_HANDLE);
         }
         if (!lancement.sortie.empty()) {
-            sortie = Poignee(::CreateFileW(large(lancement.sortie).c_str(), GENERIC_WRITE,
-                                           FILE_SHARE_READ, &heritage, CREATE_ALWAYS,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+            // A process the program starts in turn may keep the output open after the
+            // program's end (Wine's desktop process does): it must not stop the caller
+            // from removing or replacing the file.
+            sortie =
+                Poignee(::CreateFileW(large(lancement.sortie).c_str(), GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      &heritage, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
             if (!sortie.valide()) {
                 return -1;
             }
