@@ -64,10 +64,11 @@ void Ecrire_Log(const std::string& dossier_programme, std::string_view message) 
     try {
         std::string ligne = Ligne_Log(Maintenant(), message);
 #if defined(_WIN32)
-        // The shop's Windows tools read the log in the ANSI code page.
-        ligne = utf8_vers_cp1252(ligne);
-#endif
+        // The support staff read the log in Notepad: the ANSI code page, CR LF lines.
+        ligne = utf8_vers_cp1252(ligne) + "\r\n";
+#else
         ligne += '\n';
+#endif
         ajouter_au_fichier(joindre(dossier_programme, kFichierLog), ligne);
     } catch (...) {
     }
