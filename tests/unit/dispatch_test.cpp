@@ -3,6 +3,7 @@
 #include "aide_test.h"
 #include "main/dispatch.h"
 #include "main/run.h"
+#include "platform/systeme.h"
 #include "platform/ui.h"
 
 namespace sv140 {
@@ -22,10 +23,10 @@ TEST(LigneCommande, Split) {
         Decouper_Ligne_Commande(run, c.ligne);
         EXPECT_EQ(run.F_Appel + "|" + run.Chemin + "|" + run.troisieme_mot,
                   c.operation + "|" + c.chemin + "|" + c.troisieme);
-        EXPECT_EQ(run.DB_DONNEES, c.chemin + "/Donnees_32.accdb");
-        EXPECT_EQ(run.DB_sv, c.chemin + "/SV140.accdb");
-        EXPECT_EQ(run.DB_temporaire, d / "Belvane_Classic/Temporaire.accdb");
-        EXPECT_EQ(run.frontal, d / "Belvane_Classic/Belvane_Classic.accdr");
+        EXPECT_EQ(run.DB_DONNEES, joindre(c.chemin, "Donnees_32.accdb"));
+        EXPECT_EQ(run.DB_sv, joindre(c.chemin, "SV140.accdb"));
+        EXPECT_EQ(run.DB_temporaire, joindre(d / "Belvane_Classic", "Temporaire.accdb"));
+        EXPECT_EQ(run.frontal, joindre(d / "Belvane_Classic", "Belvane_Classic.accdr"));
     }
     EXPECT_EQ(Decomposition("f_X"), "102 95 88 ");
     EXPECT_EQ(Decomposition("é €"), "233 32 128 ");
