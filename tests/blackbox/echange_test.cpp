@@ -45,7 +45,7 @@ TEST_F(Echange, RequestsCarryTheDateAndTheProfessional) {
         const std::string ps = "<PS>" + el("idNat", s.idNat) + el("idFac", s.idFac);
         const std::string situ = el("numSitu", s.numSitu);
         for (const auto& [op, parametres] : std::vector<std::pair<std::string, std::string>>{
-                 {"f_LireCVitale", v + el("dateLecture", "20240305")},
+                 {"f_LireCVitale", v + "<dateLecture>{jour}</dateLecture>"},
                  {"f_LireCPS", v},
                  {"f_LireVersion", v},
                  {"f_MettreAJourCV", v},
@@ -56,9 +56,11 @@ TEST_F(Echange, RequestsCarryTheDateAndTheProfessional) {
                          std::to_string(s.version));
             utiliser_script();
             ASSERT_TRUE(fin_propre(operation(op)));
+            // The day of the run, known once it has run.
             const std::string corps =
                 "<ZRMESSAGE><programme>Belvane_Classic II</programme><requete><fonction><" + op +
-                ">" + parametres + "</" + op + "></fonction></requete></ZRMESSAGE>";
+                ">" + remplacer(parametres, "{jour}", horloge("%Y%m%d")) + "</" + op +
+                "></fonction></requete></ZRMESSAGE>";
             EXPECT_EQ(lire(fichier("ZEMO_SvRequest.xml")), kDeclarationPont + "\n" + corps + "\n");
             // The middleware receives its lines ended by CR LF.
             EXPECT_EQ(lire(script("requete_1.xml")), kDeclarationPont + "\r\n" + corps + "\r\n");
@@ -67,8 +69,8 @@ TEST_F(Echange, RequestsCarryTheDateAndTheProfessional) {
 }
 
 TEST_F(Echange, AFailedCallLeavesTheBridgesOwnAnswer) {
-    const std::string bibliotheque = fichier("WebQuintara2.so");
-    const std::string charger = "SV140 : Impossible de charger " + bibliotheque;
+    const std::string bibliotheque = BoiteNoire::bibliotheque();
+    const std::string charger = "SV140 : Impossible de charger " + chemin_du_pont(bibliotheque);
     const Textes brutale{"Toutes fonctions", "98", "Erreur Web Quintara - Sortie brutale"};
     struct Cas {
         std::string nom;
@@ -85,7 +87,8 @@ TEST_F(Echange, AFailedCallLeavesTheBridgesOwnAnswer) {
               7,
               [&] { ecrire(script("1.efface"), "ZEMO_SvResponse.xml"); },
               {"SV140 : Erreur N° : 7",
-               "Reponse : Le fichier : " + fichier("ZEMO_SvResponse.xml") + " | non présent !"},
+               "Reponse : Le fichier : " + chemin_du_pont(fichier("ZEMO_SvResponse.xml")) +
+                   " | non présent !"},
               {"f_LireVersion", "99", "Impossible de lire ZEMO_SvResponse.xml"}}}) {
         SCOPED_TRACE(c.nom);
         utiliser_script();
@@ -147,12 +150,10 @@ TEST_F(Echange, AnswersAreCleanedThenKeptForTheHostAndArchivedByMonth) {
             EXPECT_EQ(lire(script("taille_1")), std::to_string(c.tampon));
         }
         // Kept as one line, for the bridge, for the host and in the archive.
-        const std::string mois = magasin + "/Sv140/202403/";
         EXPECT_EQ(lire(fichier("ZEMO_SvResponse.xml")), c.attendu + "\r\n");
         EXPECT_EQ(lire(fichier("ZEMO_Response.xml")), c.attendu + "\r\n");
-        EXPECT_EQ(lire(mois + "RSP_f_LireVersion_20240305_143012.xml"), c.attendu + "\r\n");
-        EXPECT_EQ(lire(mois + "REQ_f_LireVersion_20240305_143012.xml"),
-                  lire(fichier("ZEMO_SvRequest.xml")));
+        EXPECT_EQ(archive("RSP_f_LireVersion_"), c.attendu + "\r\n");
+        EXPECT_EQ(archive("REQ_f_LireVersion_"), lire(fichier("ZEMO_SvRequest.xml")));
         EXPECT_EQ(versions(), Lignes{version_stockee("5.1")});
     }
 }

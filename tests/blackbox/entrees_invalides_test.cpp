@@ -130,7 +130,8 @@ TEST_F(EntreesInvalides, AMissingDatabaseIsNeverCreatedAndIsLogged) {
         sql(pont(), "DELETE FROM T_InfosVersion");
         bool signale = false;  // a line that names it, besides those giving the paths
         for (const auto& l : lignes(log())) {
-            signale |= l.find(c.chemin) != std::string::npos && l.find("DB_") == std::string::npos;
+            signale |= l.find(chemin_du_pont(c.chemin)) != std::string::npos &&
+                       l.find("DB_") == std::string::npos;
         }
         EXPECT_TRUE(signale) << log();
     }

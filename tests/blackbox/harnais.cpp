@@ -1,14 +1,19 @@
 #include "harnais.h"
 
+#include <fcntl.h>
+#include <iconv.h>
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <sstream>
 
 namespace fs = std::filesystem;
@@ -18,6 +23,28 @@ namespace bb {
 namespace {
 
 std::atomic<int> g_runs{0};
+
+// The fixed clock of the runs, in the local time faketime takes it in.
+constexpr const char* kHorloge = "2024-03-05 14:30:12";
+
+std::time_t horloge_fixe() {
+    std::tm t{};
+    std::istringstream(kHorloge) >> std::get_time(&t, "%Y-%m-%d %H:%M:%S");
+    t.tm_isdst = -1;
+    return std::mktime(&t);
+}
+
+std::string formater(std::time_t instant, const char* format) {
+    std::tm t{};
+    localtime_r(&instant, &t);
+    char texte[128];
+    return std::string(texte, std::strftime(texte, sizeof texte, format, &t));
+}
+
+std::string variable(const char* nom) {
+    const char* v = std::getenv(nom);
+    return v != nullptr ? v : "";
+}
 
 // Fields sharing a first path element are written inside one element of that name.
 void ecrire_champs(std::string& sortie, const Champs& champs) {
@@ -77,7 +104,65 @@ std::string mot(const std::string& texte) {
     return s + "'";
 }
 
+// Windows-1252 bytes to UTF-8; the five bytes the code page leaves undefined are read
+// as ISO-8859-1.
+std::string depuis_1252(const std::string& octets) {
+    iconv_t cd = iconv_open("UTF-8", "WINDOWS-1252");
+    std::string texte;
+    for (char octet : octets) {
+        char* entree = &octet;
+        char tampon[4];
+        char* sortie = tampon;
+        std::size_t reste_entree = 1, reste_sortie = sizeof tampon;
+        if (iconv(cd, &entree, &reste_entree, &sortie, &reste_sortie) == static_cast<size_t>(-1)) {
+            const auto c = static_cast<unsigned char>(octet);
+            texte += {static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))};
+        }
+        texte.append(tampon, sortie);
+    }
+    iconv_close(cd);
+    return texte;
+}
+
+// The Wine prefix of the runs: WINEPREFIX, or the suite's own under /tmp. The first
+// test to need it makes it while the others, run in parallel, wait on its lock.
+const std::string& prefixe_wine() {
+    static const std::string prefixe = [] {
+        std::string p = variable("WINEPREFIX");
+        if (p.empty()) {
+            p = (fs::temp_directory_path() / ("sv140-bb-wine-" + std::to_string(getuid())))
+                    .string();
+        }
+        const int verrou = open((p + ".verrou").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+        flock(verrou, LOCK_EX);
+        if (!fs::exists(p + "/system.reg")) {
+            // wineserver -w: the registry is on disk once the server has gone.
+            std::system(("export WINEPREFIX=" + mot(p) +
+                         " WINEDEBUG=-all; wineboot -i </dev/null >/dev/null 2>&1;"
+                         " wineserver -w")
+                            .c_str());
+        }
+        close(verrou);
+        return p;
+    }();
+    return prefixe;
+}
+
 }  // namespace
+
+bool sous_wine() {
+    static const bool wine = variable("SV140_CIBLE") == "win32";
+    return wine;
+}
+
+std::string chemin_du_pont(const std::string& chemin) {
+    if (!sous_wine()) {
+        return chemin;
+    }
+    std::string windows = "Z:" + chemin;
+    std::replace(windows.begin(), windows.end(), '/', '\\');
+    return windows;
+}
 
 Textes Execution::boites() const {
     Textes b;
@@ -91,8 +176,11 @@ Textes Execution::boites() const {
 
 ::testing::AssertionResult fin_propre(const Execution& e) {
     bool propre = e.statut < 128;  // not ended by a signal (nor by the watchdog)
-    for (const char* marque : {"ERROR: AddressSanitizer", "ERROR: LeakSanitizer", "runtime error:",
-                               "terminate called", "ASan runtime does not come first"}) {
+    // Under Wine a crash ends with a small status: only its report tells.
+    for (const char* marque :
+         {"ERROR: AddressSanitizer", "ERROR: LeakSanitizer", "runtime error:", "terminate called",
+          "ASan runtime does not come first", "Unhandled exception", "Unhandled page fault",
+          "in an unusual way"}) {
         propre = propre && e.erreurs.find(marque) == std::string::npos;
     }
     return propre ? ::testing::AssertionSuccess()
@@ -253,7 +341,22 @@ void BoiteNoire::SetUp() {
     magasin = racine + "/Belvane_Classic/_Magasin";
     Execution e = outil({"init", racine});
     ASSERT_EQ(e.statut, 0) << "sv140-shop init: " << e.erreurs;
-    fs::copy_file(SV140_BIN_DIR "/sv140", fichier("sv140"), fs::copy_options::overwrite_existing);
+    if (sous_wine()) {
+        // The Windows build's folder: the environment's, else the one configured.
+        std::string windows = variable("SV140_WIN32_BIN");
+#ifdef SV140_WIN32_BIN
+        windows = windows.empty() ? SV140_WIN32_BIN : windows;
+#endif
+        ASSERT_TRUE(existe(windows + "/sv140.exe"))
+            << "SV140_WIN32_BIN: no sv140.exe in '" << windows << "'";
+        for (const char* nom : {"sv140.exe", "WebQuintara2.dll"}) {
+            fs::copy_file(windows + "/" + nom, fichier(nom), fs::copy_options::overwrite_existing);
+        }
+        prefixe_wine();
+    } else {
+        fs::copy_file(SV140_BIN_DIR "/sv140", fichier("sv140"),
+                      fs::copy_options::overwrite_existing);
+    }
     // The archive root of a shop in use: only the archiving test is about its creation.
     fs::create_directories(magasin + "/Sv140");
 }
@@ -264,6 +367,55 @@ void BoiteNoire::TearDown() {
     } else {
         fs::remove_all(racine);
     }
+}
+
+Execution BoiteNoire::lancer(const Textes& arguments, const std::string& entree) {
+    if (!sous_wine()) {
+        debut_ = fin_ = horloge_fixe();
+        return executer({"faketime", "-f", kHorloge, fichier("sv140")}, arguments, entree);
+    }
+    // A server kept between runs spares each run the start of Wine's services; it is
+    // the one of the first run, or started here when it has gone.
+    const std::string environnement = "WINEPREFIX=" + prefixe_wine();
+    std::system(
+        ("export " + mot(environnement) + "; wineserver -p120 </dev/null >/dev/null 2>&1").c_str());
+    // UTF-8 arguments reach the Windows command line as the host's text.
+    debut_ = std::time(nullptr);
+    Execution e = executer({"env", environnement, "WINEDEBUG=-all", "LANG=C.UTF-8",
+                            "SV140_UI=console", "wine", fichier("sv140.exe")},
+                           arguments, entree);
+    fin_ = std::time(nullptr);
+    return e;
+}
+
+std::string BoiteNoire::horloge(const char* format) const {
+    return formater(debut_, format);
+}
+
+std::optional<std::string> BoiteNoire::archive(const std::string& prefixe) const {
+    // The latest first: a run before this one may have archived in its first second.
+    for (std::time_t t = fin_; t >= debut_; --t) {
+        const std::string nom = magasin + "/Sv140/" + formater(t, "%Y%m") + "/" + prefixe +
+                                formater(t, "%Y%m%d_%H%M%S") + ".xml";
+        if (existe(nom)) {
+            return lire(nom);
+        }
+    }
+    return std::nullopt;
+}
+
+std::string BoiteNoire::log() const {
+    const std::string texte = lire(fichier("LogsSV.txt")).value_or("");
+    if (!sous_wine()) {
+        return texte;
+    }
+    std::string lf;
+    for (std::size_t i = 0; i < texte.size(); ++i) {
+        if (texte[i] != '\r' || i + 1 == texte.size() || texte[i + 1] != '\n') {
+            lf += texte[i];
+        }
+    }
+    return depuis_1252(lf);
 }
 
 Execution BoiteNoire::executer(Textes argv, const Textes& arguments, const std::string& entree) {
@@ -284,7 +436,13 @@ Execution BoiteNoire::executer(Textes argv, const Textes& arguments, const std::
 }
 
 void BoiteNoire::utiliser_script() {
-    fs::copy_file(ZR_SCRIPT_SO, fichier("WebQuintara2.so"), fs::copy_options::overwrite_existing);
+#ifdef ZR_SCRIPT_DLL
+    const char* script = sous_wine() ? ZR_SCRIPT_DLL : ZR_SCRIPT_SO;
+#else
+    ASSERT_FALSE(sous_wine()) << "configured without SV140_WIN32_BIN: no scripted DLL";
+    const char* script = ZR_SCRIPT_SO;
+#endif
+    fs::copy_file(script, bibliotheque(), fs::copy_options::overwrite_existing);
     fs::remove_all(programme + "/zrscript");
     fs::create_directories(programme + "/zrscript");
 }

@@ -1,9 +1,15 @@
 // The black-box harness: a fresh shop in a temporary folder, the bridge run in it as
 // the host runs it (under a fixed clock), and the means to read back what it left.
+//
+// With SV140_CIBLE=win32 the bridge run is sv140.exe under Wine, taken from
+// SV140_WIN32_BIN (the environment's, else the configured one), with the scripted
+// middleware and the simulator as DLLs; the shop is still made, and what the runs
+// leave read back, by this Linux program.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <optional>
 #include <string>
 #include <utility>
@@ -13,6 +19,12 @@ namespace bb {
 
 using Textes = std::vector<std::string>;
 
+/// The bridge under test is sv140.exe under Wine.
+bool sous_wine();
+/// A path as the host gives it to the bridge and the bridge writes it: under Wine, the
+/// Windows form (Z:\tmp\...).
+std::string chemin_du_pont(const std::string& chemin);
+
 /// How one run ended: the exit status (128 and above: a signal) and standard error.
 struct Execution {
     int statut = -1;
@@ -20,7 +32,8 @@ struct Execution {
     /// The message-box lines of standard error, in order, without "MsgBox : ".
     Textes boites() const;
 };
-/// The run ended by itself, without a signal, a watchdog kill or a sanitizer report.
+/// The run ended by itself, without a signal, a watchdog kill, a sanitizer report or an
+/// unhandled exception.
 ::testing::AssertionResult fin_propre(const Execution& e);
 
 std::optional<std::string> lire(const std::string& chemin);
@@ -75,13 +88,21 @@ class BoiteNoire : public ::testing::Test {
     std::string fichier(const std::string& nom) const { return programme + "/" + nom; }
     std::string pont() const { return magasin + "/SV140.accdb"; }
     std::string hote() const { return magasin + "/Donnees_32.accdb"; }
-
-    /// The bridge with these arguments, run from the shop root under the fixed clock.
-    Execution lancer(const Textes& arguments, const std::string& entree = "") {
-        return executer({"faketime", "-f", "2024-03-05 14:30:12", fichier("sv140")}, arguments,
-                        entree);
+    /// The middleware library of the program folder.
+    std::string bibliotheque() const {
+        return fichier(sous_wine() ? "WebQuintara2.dll" : "WebQuintara2.so");
     }
-    Execution operation(const std::string& nom) { return lancer({nom, magasin}); }
+
+    /// The bridge with these arguments, run from the shop root (natively under the fixed
+    /// clock).
+    Execution lancer(const Textes& arguments, const std::string& entree = "");
+    Execution operation(const std::string& nom) { return lancer({nom, chemin_du_pont(magasin)}); }
+    /// The time of the last run in strftime's `format`: the fixed clock's, or under Wine,
+    /// which libfaketime does not reach, the real clock's at the run's start.
+    std::string horloge(const char* format) const;
+    /// The exchange file the last run archived as `prefixe` + its time + ".xml" in the
+    /// month's folder; under Wine the latest of the seconds the run lasted.
+    std::optional<std::string> archive(const std::string& prefixe) const;
     /// sv140-shop with these arguments.
     Execution outil(const Textes& arguments) {
         return executer({SV140_BIN_DIR "/sv140-shop"}, arguments, "");
@@ -106,13 +127,15 @@ class BoiteNoire : public ::testing::Test {
                 valeurs + ")");
     }
     Lignes versions() const { return sql(pont(), "SELECT * FROM T_InfosVersion"); }
-    std::string log() const { return lire(fichier("LogsSV.txt")).value_or(""); }
+    /// LogsSV.txt in UTF-8 with LF line ends (Windows writes it in Windows-1252).
+    std::string log() const;
     bool log_finit_par(const std::string& m) const { return log().find(m + "\n") != m.npos; }
 
     std::string racine, programme, magasin;
 
   private:
     Execution executer(Textes argv, const Textes& arguments, const std::string& entree);
+    std::time_t debut_ = 0, fin_ = 0;  // the last run's clock
 };
 
 }  // namespace bb

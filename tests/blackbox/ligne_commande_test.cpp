@@ -19,7 +19,7 @@ using LigneCommande = BoiteNoire;
 
 TEST_F(LigneCommande, TheCommandLineAndThePathsItGivesAreLogged) {
     for (const auto& suite : std::vector<Textes>{{}, {"é"}, {"un", "deux"}}) {
-        Textes args{"f_LireVersion", magasin};
+        Textes args{"f_LireVersion", chemin_du_pont(magasin)};
         args.insert(args.end(), suite.begin(), suite.end());
         const std::string chaine = joindre(args);
         SCOPED_TRACE(chaine);
@@ -30,7 +30,8 @@ TEST_F(LigneCommande, TheCommandLineAndThePathsItGivesAreLogged) {
         ASSERT_TRUE(fin_propre(lancer(args)));
         for (const std::string& l :
              {"Chaine_Command : " + chaine, "Decomposition Chaine : " + decomposition,
-              "F_Appel : f_LireVersion"s, "DB_DONNEES : " + hote(), "DB_sv : " + pont()}) {
+              "F_Appel : f_LireVersion"s, "DB_DONNEES : " + chemin_du_pont(hote()),
+              "DB_sv : " + chemin_du_pont(pont())}) {
             EXPECT_TRUE(log_finit_par(l)) << l << "\n" << log();
         }
     }
@@ -50,7 +51,7 @@ TEST_F(LigneCommande, AnUnknownNameIsShownAndNothingIsAskedOfTheMiddleware) {
     };
     for (const Cas& c : {Cas{"F_LIRECVITALE", {}, true}, Cas{"f_Inconnue", {"un", "deux"}, true},
                          Cas{"f_lirecvitale", {}, false}}) {
-        Textes args{c.nom, magasin};
+        Textes args{c.nom, chemin_du_pont(magasin)};
         args.insert(args.end(), c.suite.begin(), c.suite.end());
         SCOPED_TRACE(joindre(args));
         std::remove(fichier("ZEMO_SvResponse.xml").c_str());
@@ -60,13 +61,14 @@ TEST_F(LigneCommande, AnUnknownNameIsShownAndNothingIsAskedOfTheMiddleware) {
         Execution e = lancer(args);
         ASSERT_TRUE(fin_propre(e));
         const std::string inconnu = "SV140 : " + joindre(args) + " -*- " + c.nom + " -*- " +
-                                    magasin + " -*- " + joindre(c.suite);
+                                    args[1] + " -*- " + joindre(c.suite);
         // An earlier answer without error lets the response phase run: it does not know
         // the name either.
         const std::string seconde =
-            c.reponse_precedente ? "SV140 : " + c.nom
-                                 : "Reponse : Le fichier : " + fichier("ZEMO_SvResponse.xml") +
-                                       " | non présent ! Veuillez réessayer dans quelques instants";
+            c.reponse_precedente
+                ? "SV140 : " + c.nom
+                : "Reponse : Le fichier : " + chemin_du_pont(fichier("ZEMO_SvResponse.xml")) +
+                      " | non présent ! Veuillez réessayer dans quelques instants";
         EXPECT_EQ(e.boites(), (Textes{inconnu, seconde})) << e.erreurs;
         EXPECT_TRUE(log_finit_par("MsgBox : " + inconnu)) << log();
         EXPECT_EQ(appels(), 0);
