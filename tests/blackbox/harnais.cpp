@@ -372,7 +372,11 @@ void BoiteNoire::TearDown() {
 Execution BoiteNoire::lancer(const Textes& arguments, const std::string& entree) {
     if (!sous_wine()) {
         debut_ = fin_ = horloge_fixe();
-        return executer({"faketime", "-f", kHorloge, fichier("sv140")}, arguments, entree);
+        // The library itself rather than the faketime command, whose shared semaphore
+        // is named after the process id and refuses a name an earlier run left behind.
+        return executer({"env", "LD_PRELOAD=/usr/$LIB/faketime/libfaketime.so.1",
+                         std::string("FAKETIME=") + kHorloge, fichier("sv140")},
+                        arguments, entree);
     }
     // A server kept between runs spares each run the start of Wine's services; it is
     // the one of the first run, or started here when it has gone.
