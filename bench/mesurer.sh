@@ -44,3 +44,16 @@ printf '%-42s %10s\n' "median of $n runs" "ms"
 printf '%-42s %10s\n' "floor (open 3 databases, write 1 file)" "$(mediane "$prog/sv140-plancher" f_LireVersion "$shop")"
 printf '%-42s %10s\n' "f_LireVersion" "$(mediane "$prog/sv140" f_LireVersion "$shop")"
 printf '%-42s %10s\n' "f_LireCVitale + f_MettreAJourIdEtc" "$(mediane lien)"
+
+# The Windows bridge under Wine on the same shop, when the Windows build is there
+# (scripts/windows.sh): the cost of the emulator shows beside the Linux figures.
+if [ -f build-win32/bin/sv140.exe ] && command -v wine >/dev/null; then
+  cp build-win32/bin/sv140.exe build-win32/bin/WebQuintara2.dll "$prog/"
+  export WINEDEBUG=-all LANG=C.UTF-8 SV140_UI=console
+  wineserver -p60 2>/dev/null || true
+  shop_w="Z:${shop//\//\\}"
+  lien_w() { wine "$prog/sv140.exe" f_LireCVitale "$shop_w" && wine "$prog/sv140.exe" f_MettreAJourIdEtc "$shop_w"; }
+  wine "$prog/sv140.exe" f_LireVersion "$shop_w" </dev/null >/dev/null 2>&1 || true
+  printf '%-42s %10s\n' "sv140.exe under Wine: f_LireVersion" "$(mediane wine "$prog/sv140.exe" f_LireVersion "$shop_w")"
+  printf '%-42s %10s\n' "sv140.exe under Wine: card link" "$(mediane lien_w)"
+fi
