@@ -216,32 +216,5 @@ TEST_F(Echange, QuietCodesShowNoBox) {
     }
 }
 
-TEST_F(Echange, UnavailableOperationsAnswerWithoutCallingTheMiddleware) {
-    utiliser_script();
-    professionnel();
-    for (const std::string op : {"f_CreerFacture", "f_Scor", "f_TransfertPJ"}) {
-        SCOPED_TRACE(op);
-        ASSERT_TRUE(fin_propre(operation(op)));
-        EXPECT_EQ(appels(), 0);
-        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")),
-                  (Textes{op, "99", "Fonction non disponible"}));
-    }
-}
-
-TEST_F(Echange, TheInvoiceListReachesTheHostIntact) {
-    utiliser_script();
-    professionnel();
-    const std::string r = kDeclaration +
-                          "<ZRMESSAGE><appelant>f_ListerFactures</appelant><resultat><codeErreur>0"
-                          "</codeErreur><libelleErreur></libelleErreur><donnees><listeFacture>"
-                          "<numeroFacture>000000123</numeroFacture><numeroFacture>000000124"
-                          "</numeroFacture></listeFacture></donnees></resultat></ZRMESSAGE>";
-    scripter(1, r);
-    Execution e = operation("f_ListerFactures");
-    ASSERT_TRUE(fin_propre(e));
-    EXPECT_EQ(e.boites(), Textes{}) << e.erreurs;
-    EXPECT_EQ(lire(fichier("ZEMO_Response.xml")), r + "\r\n");
-}
-
 }  // namespace
 }  // namespace bb

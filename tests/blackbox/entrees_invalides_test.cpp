@@ -160,14 +160,6 @@ TEST_F(EntreesInvalides, AMissingTableIsLoggedAndTheRestLeftAlone) {
         EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")).size(), 3u) << "no well-formed answer";
         EXPECT_NE(log().find(c.table), std::string::npos) << log();
     }
-
-    // Without the parameter table, the default buffer serves.
-    sql(pont(), "DROP TABLE T_InfoParam");
-    utiliser_script();
-    scripter(1, reponse_version("2.2"));
-    ASSERT_TRUE(fin_propre(operation("f_LireVersion")));
-    EXPECT_EQ(lire(script("taille_1")), "102400");
-    EXPECT_EQ(versions(), Lignes{version_stockee("2.2")});
 }
 
 }  // namespace

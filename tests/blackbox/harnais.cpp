@@ -1,7 +1,8 @@
 #include "harnais.h"
 
+#include "platform/encodage.h"
+
 #include <fcntl.h>
-#include <iconv.h>
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
 #include <sqlite3.h>
@@ -104,26 +105,6 @@ std::string mot(const std::string& texte) {
     return s + "'";
 }
 
-// Windows-1252 bytes to UTF-8; the five bytes the code page leaves undefined are read
-// as ISO-8859-1.
-std::string depuis_1252(const std::string& octets) {
-    iconv_t cd = iconv_open("UTF-8", "WINDOWS-1252");
-    std::string texte;
-    for (char octet : octets) {
-        char* entree = &octet;
-        char tampon[4];
-        char* sortie = tampon;
-        std::size_t reste_entree = 1, reste_sortie = sizeof tampon;
-        if (iconv(cd, &entree, &reste_entree, &sortie, &reste_sortie) == static_cast<size_t>(-1)) {
-            const auto c = static_cast<unsigned char>(octet);
-            texte += {static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))};
-        }
-        texte.append(tampon, sortie);
-    }
-    iconv_close(cd);
-    return texte;
-}
-
 // The Wine prefix of the runs: WINEPREFIX, or the suite's own under /tmp. The first
 // test to need it makes it while the others, run in parallel, wait on its lock.
 const std::string& prefixe_wine() {
@@ -215,19 +196,6 @@ Textes lignes(const std::string& texte) {
     return l;
 }
 
-std::string latin1(const std::string& utf8) {
-    std::string s;
-    for (std::size_t i = 0; i < utf8.size(); ++i) {
-        const auto c = static_cast<unsigned char>(utf8[i]);
-        if (c >= 0xC0 && c < 0xC4 && i + 1 < utf8.size()) {
-            s += static_cast<char>(((c & 0x1F) << 6) | (utf8[++i] & 0x3F));
-        } else {
-            s += static_cast<char>(c);
-        }
-    }
-    return s;
-}
-
 std::string stocke(const std::string& texte) {
     std::string s;
     for (char c : texte) {
@@ -284,11 +252,11 @@ Textes xml(const std::string& fichier, const std::string& xpath, bool noms) {
 
 std::string reponse(const std::string& appelant, const std::string& code,
                     const std::string& libelle, const std::string& donnees) {
-    return latin1("<!DOCTYPE ZRMESSAGE>\r\n<ZRMESSAGE>\r\n<appelant>" + appelant +
-                  "</appelant>\r\n<resultat>\r\n<codeErreur>" + code +
-                  "</codeErreur>\r\n<libelleErreur>" + libelle +
-                  "</libelleErreur>\r\n<donnees>\r\n" + donnees +
-                  "</donnees>\r\n</resultat>\r\n</ZRMESSAGE>\r\n");
+    return sv140::utf8_vers_cp1252("<!DOCTYPE ZRMESSAGE>\r\n<ZRMESSAGE>\r\n<appelant>" + appelant +
+                                   "</appelant>\r\n<resultat>\r\n<codeErreur>" + code +
+                                   "</codeErreur>\r\n<libelleErreur>" + libelle +
+                                   "</libelleErreur>\r\n<donnees>\r\n" + donnees +
+                                   "</donnees>\r\n</resultat>\r\n</ZRMESSAGE>\r\n");
 }
 
 std::string donnees_version(const std::string& dll) {
@@ -419,7 +387,7 @@ std::string BoiteNoire::log() const {
             lf += texte[i];
         }
     }
-    return depuis_1252(lf);
+    return sv140::cp1252_vers_utf8(lf);
 }
 
 Execution BoiteNoire::executer(Textes argv, const Textes& arguments, const std::string& entree) {

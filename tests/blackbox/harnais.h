@@ -41,8 +41,6 @@ void ecrire(const std::string& chemin, const std::string& octets);
 bool existe(const std::string& chemin);
 /// The lines of a text, line ends (LF, CR LF) removed.
 Textes lignes(const std::string& texte);
-/// UTF-8 to ISO-8859-1 bytes, as the middleware writes its answers.
-std::string latin1(const std::string& utf8);
 /// A text stored through the bridge's quoting rule reads back with double quotes doubled.
 std::string stocke(const std::string& texte);
 

@@ -1,6 +1,7 @@
 // How the bridge reads the command line the host gives it, and what it does with a
 // name it does not know.
 #include "harnais.h"
+#include "platform/encodage.h"
 
 namespace bb {
 namespace {
@@ -24,7 +25,7 @@ TEST_F(LigneCommande, TheCommandLineAndThePathsItGivesAreLogged) {
         const std::string chaine = joindre(args);
         SCOPED_TRACE(chaine);
         std::string decomposition;  // the platform's single-byte codes: 233 for é
-        for (unsigned char c : latin1(chaine)) {
+        for (unsigned char c : sv140::utf8_vers_cp1252(chaine)) {
             decomposition += std::to_string(c) + " ";
         }
         ASSERT_TRUE(fin_propre(lancer(args)));

@@ -46,6 +46,11 @@ TEST_F(Simulateur, TheProfessionalCardIsStoredThenUsedToInitialise) {
                   "SELECT CAST(InfoSituation_CPS_NUM_SIT AS INTEGER), InfoSituation_NUM_IDFACPS"
                   " FROM T_InfosSituation_CPS ORDER BY InfoSituation_CPS_ID"),
               situations);
+    // The host's column holds 30 characters, apostrophes made blanks.
+    EXPECT_EQ(sql(pont(),
+                  "SELECT InfoSituation_RAIS_STR FROM T_InfosSituation_CPS"
+                  " ORDER BY InfoSituation_CPS_ID"),
+              (Lignes{{"OPTIQUE DU CENTRE"}, {"LUNETTERIE DE L HÔTEL DE VILLE"}}));
 
     reussir("f_InitialisationPS");
     EXPECT_EQ(xml(fichier("ZEMO_SvRequest.xml"), "//PS/idNat | //PS/motDePasse"),

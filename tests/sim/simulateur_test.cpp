@@ -1,21 +1,15 @@
-// The middleware simulator on its demo state, called in process: each function's answer and
-// the paths the bridge reads in it, long answers, planted failures, the library's exports.
-#include <dlfcn.h>
-#include <elf.h>
+// The middleware simulator on its demo state, called in process: each function's result
+// code, and long answers fetched again. What the bridge reads in the answers is checked
+// by the black-box flows and the demo.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
-#include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/encodage.h"
-#include "platform/intergiciel.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
 #include "sim/etat.h"
@@ -94,28 +88,10 @@ class Sim : public ::testing::Test {
     std::string zrsim_;
 };
 
-/// Blank-separated paths below /ZRMESSAGE/resultat/donnees, each of which must select a
-/// node (exactly `n` of them when `n` is not negative); a word ending in '/' prefixes the
-/// words after it.
-void verifier_chemins(const Resultat& r, const std::string& chemins, long n = -1) {
-    std::istringstream mots(chemins);
-    std::string prefixe;
-    for (std::string mot; mots >> mot;) {
-        if (mot.ends_with('/')) {
-            prefixe = mot;
-            continue;
-        }
-        const long trouves =
-            r.doc.selectionner("/ZRMESSAGE/resultat/donnees/" + prefixe + mot).size();
-        EXPECT_TRUE(n < 0 ? trouves >= 1 : trouves == n) << prefixe + mot << " " << trouves;
-    }
-}
-
 struct Cas {
     const char* nom;
     std::string requete;
     int code;
-    const char* chemins = "";
     const char* carte = "";  // the Vitale card in the reader
     bool cps = true;         // the professional card in its reader
 };
@@ -129,39 +105,22 @@ TEST_F(Sim, RequetesEtReponses) {
     const auto init = [](auto... ps) { return requete("f_InitialisationPS", bloc_ps(ps...)); };
     const std::string ps1 = bloc_ps(kIdNat, kIdFac1, "1");
     const Cas cas[] = {
-        {"versions sans aucune carte", requete("f_LireVersion"), 0,
-         "donneesVersion/ versionDll versionCDC versionReferentiel infosLecteur/constructeur "
-         "infosLecteur/typeLecteur infosLecteur/numSerie infosLecteur/typeOS "
-         "donneesVersion/infosLecteur/appliSV/ nomAppli numVersion dateAppli heureAppli crcAppli",
-         "", false},
-        {"CPS", requete("f_LireCPS"), 0,
-         "contextePS/ TYP_CPS TYP_IDN NUM_IDN CLE_IDN COD_CIV NOM_PRAT PNOM_PRAT "
-         "situation[2]/RAIS_STR situation[NUM_SIT='2']/NUM_IDFACPS situation/CLE_IDFACPS "
-         "situation/H_SIGN_LOT"},
-        {"CPS absente", requete("f_LireCPS"), kCPSAbsente, "", "", false},
+        {"versions sans aucune carte", requete("f_LireVersion"), 0, "", false},
+        {"CPS", requete("f_LireCPS"), 0},
+        {"CPS absente", requete("f_LireCPS"), kCPSAbsente, "", false},
         {"initialisation", init(kIdNat, kIdFac2, "2", kIdNat), 0},
-        {"situation 01", init(kIdNat, kIdFac1, "01", kIdNat), 0},
-        {"initialisation sans CPS", init(kIdNat, kIdFac2, "2", kIdNat), kCPSAbsente, "", "", false},
         {"sans bloc PS", requete("f_InitialisationPS"), kBlocPSAbsent},
-        {"identifiants vides", init("", "", "1"), kIdNatInconnu},
         {"autre idNat", init("991234568", kIdFac2, "2", "991234568"), kIdNatInconnu},
         {"idFac d'une autre situation", init(kIdNat, kIdFac1, "2", kIdNat), kIdFacInconnu},
         {"situation inconnue", init(kIdNat, kIdFac1, "3", kIdNat), kSituationInconnue},
-        {"sans numSitu", init(kIdNat, kIdFac1, "", kIdNat), kSituationInconnue},
         {"mot de passe faux", init(kIdNat, kIdFac1, "1", "0000"), kCodePorteurErrone},
-        {"versions mises a jour", requete("f_MaJVersion", ps1), 0,
-         "donneesVersion/infosLecteur/appliSV/crcAppli"},
-        {"factures", requete("f_ListerFactures", bloc_ps(kIdNat, kIdFac2)), 0, "listeFacture"},
-        {"factures, idFac tronque", requete("f_ListerFactures", bloc_ps(kIdNat, "99100123")),
-         kIdFacInconnu},
-        {"carte Vitale sans CPS", requete("f_LireCVitale", kDate), 0, "", "famille", false},
+        {"versions mises a jour", requete("f_MaJVersion", ps1), 0},
+        {"factures", requete("f_ListerFactures", bloc_ps(kIdNat, kIdFac2)), 0},
+        {"carte Vitale sans CPS", requete("f_LireCVitale", kDate), 0, "famille", false},
         {"lecteur vide", requete("f_LireCVitale", kDate), kCarteVitaleAbsente},
-        {"sans date de lecture", requete("f_LireCVitale"), kDateLectureInvalide, "", "famille"},
-        {"carte mise a jour", requete("f_MettreAJourCV"), 0,
-         "contexteCVitale/Beneficiaire/DRT_CC/COD_ALD", "ald", false},
-        {"mise a jour, lecteur vide", requete("f_MettreAJourCV"), kCarteVitaleAbsente},
-        {"complementaire", requete("f_LireInfosComplementaire", ps1 + kAmc), 0,
-         "reponseComplementaire[numeroComplementaire='99999997']/droitsAMC/garantie"},
+        {"sans date de lecture", requete("f_LireCVitale"), kDateLectureInvalide, "famille"},
+        {"carte mise a jour", requete("f_MettreAJourCV"), 0, "ald", false},
+        {"complementaire", requete("f_LireInfosComplementaire", ps1 + kAmc), 0},
         {"complementaire sans numero",
          requete("f_LireInfosComplementaire",
                  ps1 + "<donneesComplementaire><numeroComplementaire/></donneesComplementaire>"),
@@ -169,7 +128,6 @@ TEST_F(Sim, RequetesEtReponses) {
         {"fonction inconnue", requete("f_Inexistante"), kFonctionInconnue},
         {"sans versionMessage", requete("f_LireVersion", "", false), kVersionMessageAbsente},
         {"pas du XML", "f_LireVersion", kRequeteIllisible},
-        {"sans fonction", "<ZRMESSAGE><requete/></ZRMESSAGE>", kFonctionAbsente},
     };
     const std::string cps = joindre(zrsim_, "cps.xml");
     for (const Cas& c : cas) {
@@ -183,7 +141,6 @@ TEST_F(Sim, RequetesEtReponses) {
         EXPECT_EQ(r.code(), std::to_string(c.code)) << r.texte("libelleErreur");
         EXPECT_EQ(r.texte("libelleErreur").empty(), c.code == 0);
         EXPECT_EQ(r.doc.selectionner("/ZRMESSAGE/resultat/donnees").size(), c.code == 0 ? 1u : 0u);
-        verifier_chemins(r, c.chemins);
     }
 }
 
@@ -204,57 +161,6 @@ TEST_F(Sim, ReponseTropLongueRecupereeEnEntier) {
     EXPECT_EQ(r.brut, complete);
     EXPECT_EQ(r.doc.selectionner("//Beneficiaire").size(), 12u);
     EXPECT_EQ(appeler(recup).code(), std::to_string(kAucunMessage)) << "rendue une seule fois";
-}
-
-TEST_F(Sim, PannesInjecteesUneSeuleFois) {
-    std::string erreur;
-    ASSERT_TRUE(Injecter_Erreur(zrsim_, "f_LireCPS", 260, "Carte CPS bloquée", erreur)) << erreur;
-    EXPECT_EQ(appeler(requete("f_LireVersion")).code(), "0");
-    const Resultat panne = appeler(requete("f_LireCPS"));
-    EXPECT_EQ(panne.code(), "260");
-    EXPECT_EQ(panne.texte("libelleErreur"), "Carte CPS bloquée");
-    EXPECT_EQ(appeler(requete("f_LireCPS")).code(), "0");
-
-    ASSERT_TRUE(Injecter_Retour(zrsim_, "f_LireVersion", -17, erreur)) << erreur;
-    const Resultat echec = appeler(requete("f_LireVersion"));
-    EXPECT_EQ(echec.retour, -17);
-    EXPECT_TRUE(echec.brut.empty());
-    EXPECT_EQ(appeler(requete("f_LireVersion")).retour, 0);
-}
-
-TEST_F(Sim, SansDossierDEtatLesCartesManquent) {
-    std::filesystem::remove_all(zrsim_);
-    EXPECT_EQ(appeler(requete("f_LireCPS")).code(), std::to_string(kCPSAbsente));
-    EXPECT_EQ(appeler(requete("f_LireCVitale", kDate)).code(), std::to_string(kCarteVitaleAbsente));
-}
-
-// The host loads other libraries beside this one: only the entry point may leave it.
-TEST_F(Sim, LaBibliothequeNExporteQueSonPointDEntree) {
-    std::ifstream fichier(SV140_BIBLIOTHEQUE_SIMULEE, std::ios::binary);
-    const std::string elf{std::istreambuf_iterator<char>(fichier), {}};
-    const auto* entete = reinterpret_cast<const Elf64_Ehdr*>(elf.data());
-    const auto* sections = reinterpret_cast<const Elf64_Shdr*>(elf.data() + entete->e_shoff);
-    std::set<std::string> exportes;
-    for (int i = 0; i < entete->e_shnum; ++i) {
-        if (sections[i].sh_type != SHT_DYNSYM) {
-            continue;
-        }
-        const char* noms = elf.data() + sections[sections[i].sh_link].sh_offset;
-        const auto* s = reinterpret_cast<const Elf64_Sym*>(elf.data() + sections[i].sh_offset);
-        for (std::size_t k = 0; k < sections[i].sh_size / sizeof(Elf64_Sym); ++k) {
-            const std::string nom = noms + s[k].st_name;
-            if (s[k].st_shndx != SHN_UNDEF && ELF64_ST_BIND(s[k].st_info) != STB_LOCAL &&
-                !nom.starts_with("__")) {  // the toolchain's own
-                exportes.insert(nom);
-            }
-        }
-    }
-    EXPECT_EQ(exportes, std::set<std::string>{"ZR_Executer"});
-
-    void* poignee = dlopen(SV140_BIBLIOTHEQUE_SIMULEE, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(poignee, nullptr) << dlerror();
-    EXPECT_NE(reinterpret_cast<ZR_Executer_t>(dlsym(poignee, "ZR_Executer")), nullptr);
-    dlclose(poignee);
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "data/connexion.h"
-#include "data/parametres.h"
 #include "platform/ui.h"
 #include "shop/schema.h"
 
@@ -77,36 +76,11 @@ sv140::Run Magasin::nouveau() {
     return run;
 }
 
-bool Magasin::lancer(bool (*routine)(sv140::Run&)) {
-    sv140::Run run = nouveau();
-    const bool resultat = routine(run);
-    Valider_Connexions(run);
-    return resultat;
-}
-
 void Magasin::executer(const std::string& base, const std::string& sql) {
     Connexion c;
     ASSERT_TRUE(c.ouvrir(base));
     ASSERT_TRUE(c.Execute(sql)) << c.derniere_erreur() << "\n" << sql;
     ASSERT_TRUE(c.valider());
-}
-
-Lignes Magasin::lignes(const std::string& base, const std::string& sql) {
-    Connexion c;
-    Lignes l;
-    EXPECT_TRUE(c.ouvrir(base));
-    auto rs = c.Ouvrir(sql);
-    EXPECT_TRUE(rs.has_value()) << c.derniere_erreur() << "\n" << sql;
-    if (!rs) {
-        return l;
-    }
-    for (rs->MoveFirst(); !rs->EOF_(); rs->MoveNext()) {
-        l.emplace_back();
-        for (const std::string& colonne : rs->colonnes()) {
-            l.back().push_back(rs->champ(colonne).str());
-        }
-    }
-    return l;
 }
 
 }  // namespace sv140::test

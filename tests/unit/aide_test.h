@@ -6,7 +6,6 @@
 
 #include <ctime>
 #include <string>
-#include <vector>
 
 #include "main/run.h"
 
@@ -30,8 +29,6 @@ std::tm date(int annee, int mois, int jour, int h, int m, int s);
 std::string lire(const std::string& chemin);
 void ecrire(const std::string& chemin, const std::string& octets);
 
-using Lignes = std::vector<std::vector<std::string>>;
-
 /// A shop as the host installs it, with its starting rows.
 class Magasin : public ::testing::Test {
   protected:
@@ -39,10 +36,7 @@ class Magasin : public ::testing::Test {
     /// A run against the shop. It keeps its databases open until it ends: let it end
     /// before the test writes.
     sv140::Run nouveau();
-    /// One routine run as the bridge runs it: its writes are validated at the end.
-    bool lancer(bool (*routine)(sv140::Run&));
     void executer(const std::string& base, const std::string& sql);
-    Lignes lignes(const std::string& base, const std::string& sql);
 
     DossierTemporaire dossier;
     std::string racine = dossier.chemin() + "/Belvane_Classic";
