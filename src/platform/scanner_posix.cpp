@@ -1,0 +1,26 @@
+// The scanner on Linux: no device is driven yet (SANE comes with the capture
+// session), so every scan finds its source not available and there is nothing to
+// choose from.
+#include "platform/scanner.h"
+
+namespace sv140 {
+
+namespace {
+
+class ScannerAbsent : public Scanner {
+  public:
+    ResultatScan numeriser(const ReglagesScan&, const std::string&) override {
+        return {EtatScan::SourceIndisponible,
+                "Aucun scanner : la numérisation n'est pas encore prise en charge sur ce poste"};
+    }
+    std::vector<std::string> sources() override { return {}; }
+    bool choisir_source(const std::string&) override { return false; }
+};
+
+}  // namespace
+
+std::unique_ptr<Scanner> creer_scanner() {
+    return std::make_unique<ScannerAbsent>();
+}
+
+}  // namespace sv140
