@@ -1,6 +1,9 @@
 // The parts of the file and process seam that read the same on every platform: path
-// text and the splitting of a command line into a program and its arguments.
+// text, file name patterns and the splitting of a command line into a program and its
+// arguments.
 #include "platform/systeme.h"
+
+#include "platform/encodage.h"
 
 namespace sv140 {
 
@@ -39,7 +42,73 @@ std::vector<std::string> mots_de_commande(const std::string& ligne) {
     return mots;
 }
 
+/// The text's characters, a UTF-16 surrogate pair taken as the one character it is.
+std::u32string caracteres(std::string_view utf8) {
+    const std::u16string utf16 = utf8_vers_utf16(utf8);
+    std::u32string texte;
+    for (std::size_t i = 0; i < utf16.size(); ++i) {
+        char32_t c = utf16[i];
+        if (c >= 0xD800 && c < 0xDC00 && i + 1 < utf16.size() && utf16[i + 1] >= 0xDC00 &&
+            utf16[i + 1] < 0xE000) {
+            c = 0x10000 + ((c - 0xD800) << 10) + (utf16[++i] - 0xDC00);
+        }
+        texte += c;
+    }
+    return texte;
+}
+
+char32_t majuscule(char32_t c) {
+    if ((c >= U'a' && c <= U'z') || (c >= 0xE0 && c <= 0xFE && c != 0xF7)) {
+        return c - 0x20;
+    }
+    if (c == 0x153) {  // œ
+        return 0x152;
+    }
+    if (c == 0xFF) {  // ÿ
+        return 0x178;
+    }
+    return c;
+}
+
 }  // namespace
+
+bool nom_correspond(std::string_view nom, std::string_view motif) {
+    const std::u32string n = caracteres(nom);
+    const std::u32string m = caracteres(motif);
+    // Each '*' is tried at its shortest first; on a mismatch the last '*' seen takes
+    // one more character. The last star is enough: what an earlier one would take, it
+    // can take too.
+    std::size_t i = 0, j = 0;
+    std::size_t etoile = std::u32string::npos, reprise = 0;
+    while (i < n.size()) {
+        if (j < m.size() && m[j] == U'*') {
+            etoile = j++;
+            reprise = i;
+        } else if (j < m.size() && (m[j] == U'?' || majuscule(m[j]) == majuscule(n[i]))) {
+            ++i;
+            ++j;
+        } else if (etoile != std::u32string::npos) {
+            j = etoile + 1;
+            i = ++reprise;
+        } else {
+            return false;
+        }
+    }
+    while (j < m.size() && m[j] == U'*') {
+        ++j;
+    }
+    return j == m.size();
+}
+
+int supprimer_fichiers(const std::string& dossier, std::string_view motif) {
+    int supprimes = 0;
+    for (const std::string& nom : lister_fichiers(dossier, motif)) {
+        if (supprimer_fichier(joindre(dossier, nom))) {
+            ++supprimes;
+        }
+    }
+    return supprimes;
+}
 
 std::string joindre(std::string_view dossier, std::string_view nom) {
     std::string chemin(dossier);

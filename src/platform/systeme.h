@@ -28,6 +28,18 @@ bool dossier_existe(const std::string& chemin);
 /// Creates one folder (its parent must exist). True when it exists afterwards.
 bool creer_dossier(const std::string& chemin);
 bool supprimer_fichier(const std::string& chemin);
+
+/// Whether the file name `nom` matches `motif`, where `*` stands for any run of
+/// characters and `?` for exactly one. Case is ignored for ASCII and accented Latin
+/// letters, as the Windows file system ignores it, so that both platforms find the
+/// same files.
+bool nom_correspond(std::string_view nom, std::string_view motif);
+/// The names (without folder) of the files of `dossier` that match `motif`, in byte
+/// order; folders are left out. Empty when the folder cannot be read.
+std::vector<std::string> lister_fichiers(const std::string& dossier, std::string_view motif);
+/// Deletes the files of `dossier` that match `motif`, never a folder. Returns how many
+/// were removed; a file that cannot be deleted stays and is not counted.
+int supprimer_fichiers(const std::string& dossier, std::string_view motif);
 /// Whole file as bytes; false when it cannot be read.
 bool lire_fichier(const std::string& chemin, std::string& octets);
 /// Replaces the file with these bytes; false on failure.
@@ -67,6 +79,11 @@ int lancer_programme(const std::string& programme, const Lancement& lancement);
 /// double quotes; the quotes are dropped and "" is an empty word; the first word is
 /// the program. Returns the exit code, or -1 when the program could not be started.
 int lancer_et_attendre_processus(const std::string& ligne);
+
+/// Opens a document with the program the optician's desktop gives its kind (the
+/// image viewer) and does not wait for it. Linux: `xdg-open`, only when a display is
+/// there; Windows: the shell's "open". False when nothing could be started.
+bool ouvrir_document(const std::string& chemin);
 
 /// Gives a copied program file the right to run. False when it cannot (true on
 /// Windows, where no such right exists).

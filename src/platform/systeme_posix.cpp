@@ -1,6 +1,7 @@
 // Files, folders, processes, locks and shared libraries on Linux.
 #include "platform/systeme.h"
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <spawn.h>
@@ -9,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -174,6 +176,25 @@ bool supprimer_fichier(const std::string& chemin) {
     return ::unlink(chemin.c_str()) == 0;
 }
 
+std::vector<std::string> lister_fichiers(const std::string& dossier, std::string_view motif) {
+    std::vector<std::string> noms;
+    DIR* d = ::opendir(dossier.c_str());
+    if (d == nullptr) {
+        return noms;
+    }
+    while (const struct dirent* entree = ::readdir(d)) {
+        const std::string nom = entree->d_name;
+        // fichier_existe follows a link to what it names: a link to a folder is a folder.
+        if (nom != "." && nom != ".." && nom_correspond(nom, motif) &&
+            fichier_existe(joindre(dossier, nom))) {
+            noms.push_back(nom);
+        }
+    }
+    ::closedir(d);
+    std::sort(noms.begin(), noms.end());
+    return noms;
+}
+
 bool lire_fichier(const std::string& chemin, std::string& octets) {
     Descripteur fd(ouvrir(chemin, O_RDONLY));
     return fd.valide() && lire_tout(fd.get(), octets);
@@ -325,6 +346,21 @@ int lancer_programme(const std::string& programme, const Lancement& lancement) {
     }
     // A program ended by a signal has no exit code; report it as a shell would.
     return WIFSIGNALED(statut) ? 128 + WTERMSIG(statut) : -1;
+}
+
+bool ouvrir_document(const std::string& chemin) {
+    if (variable_environnement("DISPLAY").empty()) {
+        return false;
+    }
+    // The viewer stays open while the form waits for the next action: a shell starts
+    // xdg-open in the background and ends at once. Its input is the null device, so
+    // that it never takes the answers meant for the form.
+    Lancement lancement;
+    lancement.arguments = {
+        "-c", "command -v xdg-open >/dev/null || exit 127; xdg-open \"$1\" >/dev/null 2>&1 &", "sh",
+        chemin};
+    lancement.entree_vide = true;
+    return lancer_programme("/bin/sh", lancement) == 0;
 }
 
 bool rendre_executable(const std::string& chemin) {

@@ -4,10 +4,13 @@
 
 #include "platform/windows_win32.h"
 
+#include <shellapi.h>
+
 #include <algorithm>
 #include <cwchar>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/encodage.h"
@@ -283,6 +286,29 @@ bool supprimer_fichier(const std::string& chemin) {
     return ::DeleteFileW(large(chemin).c_str()) != 0;
 }
 
+std::vector<std::string> lister_fichiers(const std::string& dossier, std::string_view motif) {
+    std::vector<std::string> noms;
+    // Every name is read and matched here rather than by the system's own pattern,
+    // which also tries the short 8.3 names: "*.jpg" would find "page.jpeg" there.
+    WIN32_FIND_DATAW trouve;
+    HANDLE h = ::FindFirstFileExW(large(joindre(dossier, "*")).c_str(), FindExInfoBasic, &trouve,
+                                  FindExSearchNameMatch, nullptr, 0);
+    if (h == INVALID_HANDLE_VALUE) {
+        return noms;
+    }
+    do {
+        if ((trouve.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+            std::string nom = etroit(trouve.cFileName, std::wcslen(trouve.cFileName));
+            if (nom_correspond(nom, motif)) {
+                noms.push_back(std::move(nom));
+            }
+        }
+    } while (::FindNextFileW(h, &trouve));
+    ::FindClose(h);
+    std::sort(noms.begin(), noms.end());
+    return noms;
+}
+
 bool lire_fichier(const std::string& chemin, std::string& octets) {
     Poignee h(::CreateFileW(large(chemin).c_str(), GENERIC_READ,
                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
@@ -411,6 +437,13 @@ int lancer_programme(const std::string& programme, const Lancement& lancement) {
         return -1;
     }
     return static_cast<int>(code);
+}
+
+bool ouvrir_document(const std::string& chemin) {
+    // Above 32 the shell started something; below, it is an error code.
+    const HINSTANCE r =
+        ::ShellExecuteW(nullptr, L"open", large(chemin).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    return reinterpret_cast<INT_PTR>(r) > 32;
 }
 
 bool rendre_executable(const std::string&) {

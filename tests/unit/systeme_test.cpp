@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -72,6 +74,51 @@ TEST(Systeme, CommandLinesRunAndGiveTheirExitCode) {
     for (const auto& c : cas) {
         EXPECT_EQ(lancer_et_attendre_processus(c.ligne), c.code) << c.ligne;
     }
+}
+
+/// Sets an environment variable for one scope, then puts back what was there.
+class Variable {
+  public:
+    Variable(const char* nom, const char* valeur) : nom_(nom) {
+        if (const char* avant = std::getenv(nom)) {
+            avant_ = avant;
+        }
+        valeur != nullptr ? setenv(nom, valeur, 1) : unsetenv(nom);
+    }
+    ~Variable() { avant_ ? setenv(nom_, avant_->c_str(), 1) : unsetenv(nom_); }
+
+  private:
+    const char* nom_;
+    std::optional<std::string> avant_;
+};
+
+TEST(Systeme, DocumentsOpenInTheDesktopViewerWithoutWaiting) {
+    test::DossierTemporaire d;
+    // A viewer that takes its time and notes what it was given.
+    const std::string vu = d / "vu.txt";
+    ASSERT_TRUE(
+        ecrire_fichier(d / "xdg-open", "#!/bin/sh\nsleep 1\nprintf '%s' \"$1\" > '" + vu + "'\n"));
+    ASSERT_EQ(chmod((d / "xdg-open").c_str(), 0755), 0);
+    const std::string document = d / "l'ordo du 5 mai.jpg";
+    Variable chemin("PATH", (d.chemin() + ":/usr/bin:/bin").c_str());
+
+    {
+        Variable affichage("DISPLAY", nullptr);
+        EXPECT_FALSE(ouvrir_document(document)) << "no display, no viewer";
+    }
+    Variable affichage("DISPLAY", ":0");
+    const auto debut = std::chrono::steady_clock::now();
+    EXPECT_TRUE(ouvrir_document(document));
+    EXPECT_LT(std::chrono::steady_clock::now() - debut, std::chrono::milliseconds(900));
+    for (int i = 0; i < 100 && !fichier_existe(vu); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    std::string recu;
+    EXPECT_TRUE(lire_fichier(vu, recu));
+    EXPECT_EQ(recu, document);
+
+    Variable sans_visionneuse("PATH", "/nonexistent");
+    EXPECT_FALSE(ouvrir_document(document));
 }
 
 }  // namespace
