@@ -1,6 +1,11 @@
 // Message boxes and questions on Windows: the system's message box, owned by no
 // window since the bridge has none, brought to the front over the host. With
 // SV140_UI=console the console interface is used instead (tests under an emulator).
+//
+// Forms and choosers have no window of their own yet. Until they do, one shown
+// outside the console is not drawn at all: its closing button is pressed (a chooser
+// closes without a choice) and the log says so. Falling back to the console would do
+// no better, since the bridge runs without one: its input ends at once.
 #include "platform/ui.h"
 
 #include "platform/windows_win32.h"
@@ -38,6 +43,8 @@ int montrer(std::string_view texte, std::string_view titre, UINT boutons, Icone 
 
 class UiWin32 : public Ui {
   public:
+    explicit UiWin32(Journal journal) : journal_(std::move(journal)) {}
+
     void MsgBox(std::string_view texte, std::string_view titre, Icone icone) override {
         montrer(texte, titre, MB_OK, icone);
     }
@@ -52,6 +59,32 @@ class UiWin32 : public Ui {
                 return Reponse::Annuler;
         }
     }
+
+    void Montrer(const Formulaire& formulaire, const std::function<void(int)>&) override {
+        journaliser("Fenêtre « " + formulaire.titre + " » non affichée sur ce poste : fermée");
+    }
+
+    std::optional<std::size_t> Choisir(std::string_view titre,
+                                       const std::vector<EntreeChoix>&) override {
+        journaliser("Fenêtre « " + std::string(titre) +
+                    " » non affichée sur ce poste : fermée sans choix");
+        return std::nullopt;
+    }
+
+    void Ouvrir(const std::string& chemin) override {
+        if (!ouvrir_document(chemin)) {
+            journaliser("Impossible d'ouvrir le document " + chemin);
+        }
+    }
+
+  private:
+    void journaliser(const std::string& ligne) {
+        if (journal_) {
+            journal_(ligne);
+        }
+    }
+
+    Journal journal_;
 };
 
 }  // namespace
@@ -60,7 +93,7 @@ std::unique_ptr<Ui> creer_ui(Journal journal) {
     if (variable_environnement("SV140_UI") == "console") {
         return creer_ui_console(std::move(journal));
     }
-    return std::make_unique<UiWin32>();
+    return std::make_unique<UiWin32>(std::move(journal));
 }
 
 }  // namespace sv140
