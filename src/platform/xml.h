@@ -50,8 +50,8 @@ class XmlDocument {
     XmlDocument(XmlDocument&&) noexcept;
     XmlDocument& operator=(XmlDocument&&) noexcept;
 
-    /// Loads a file synchronously without validation. False when the file is missing
-    /// or not well-formed; `erreur()` then says why.
+    /// Loads a file synchronously without validation. False when the file is missing,
+    /// not well-formed or declares entities; `erreur()` then says why.
     bool charger_fichier(const std::string& chemin);
     /// Loads a document from its bytes (encoding per its declaration, UTF-8 without).
     bool charger_texte(std::string_view octets);
@@ -92,6 +92,12 @@ std::string rogner(std::string_view texte);
 std::u16string texte_document(std::string_view texte);
 /// `erreur()` of a document refused by the parser, from the parser's own reason.
 std::string refus(std::string_view raison, long ligne);
+/// Whether a document's type declaration declares entities. Such a document is never
+/// read, whatever the parser would do with it: a few kilobytes of entities can expand
+/// to gigabytes.
+bool declare_des_entites(std::string_view octets);
+/// `erreur()` of a document refused for its entities.
+inline constexpr const char* kRefusEntites = "document refusé : il déclare des entités";
 
 }  // namespace xml_commun
 

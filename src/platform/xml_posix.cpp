@@ -165,6 +165,10 @@ bool XmlDocument::charger_texte(std::string_view octets) {
         doc_ = nullptr;
     }
     erreur_.clear();
+    if (xml_commun::declare_des_entites(octets)) {
+        erreur_ = xml_commun::kRefusEntites;
+        return false;
+    }
     xmlResetLastError();
     xmlDocPtr doc = xmlReadMemory(
         octets.data(), static_cast<int>(octets.size()), nullptr, nullptr,
@@ -174,6 +178,14 @@ bool XmlDocument::charger_texte(std::string_view octets) {
         // An empty input is refused before any parsing, without a word from libxml2.
         erreur_ = e != nullptr ? xml_commun::refus(e->message ? e->message : "", e->line)
                                : xml_commun::refus("document vide", 1);
+        xmlFreeDoc(doc);
+        return false;
+    }
+    // A declaration the scan above could not see (an encoding it does not read) is
+    // still refused here: entity references are expanded when the text is read.
+    if (doc->intSubset != nullptr &&
+        (doc->intSubset->entities != nullptr || doc->intSubset->pentities != nullptr)) {
+        erreur_ = xml_commun::kRefusEntites;
         xmlFreeDoc(doc);
         return false;
     }

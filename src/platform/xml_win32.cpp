@@ -665,6 +665,10 @@ bool XmlDocument::charger_texte(std::string_view octets) {
     delete D(doc_);
     doc_ = nullptr;
     erreur_.clear();
+    if (xml_commun::declare_des_entites(octets)) {
+        erreur_ = xml_commun::kRefusEntites;
+        return false;
+    }
     Com<IXMLDOMDocument2> dom = nouveau_dom(erreur_);
     if (!dom) {
         return false;
