@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "data/connexion.h"
+#include "data/instructions.h"
 #include "data/texte_sql.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
@@ -151,15 +152,16 @@ bool Demo::operation(const char* nom, std::string_view quoi) {
 
 std::optional<Recordset> Demo::lire(const std::string& base, std::string_view sql) {
     Connexion cnx;
-    if (!cnx.ouvrir(base)) {
-        sortie_ << "    (lecture impossible de " << base << " : " << cnx.derniere_erreur() << ")\n";
+    if (Statut s = cnx.ouvrir(base); !s) {
+        sortie_ << "    (lecture impossible : " << s.raison() << ")\n";
         return std::nullopt;
     }
     auto rs = cnx.Ouvrir(sql);
     if (!rs) {
-        sortie_ << "    (requête refusée : " << cnx.derniere_erreur() << ")\n";
+        sortie_ << "    (requête refusée : " << rs.statut().raison() << ")\n";
+        return std::nullopt;
     }
-    return rs;
+    return *rs;
 }
 
 long Demo::compter(const std::string& base, std::string_view table) {
@@ -230,32 +232,34 @@ long Demo::choisir(const Beneficiaire& b) {
         return 0;
     }
     Connexion cnx;
-    if (!cnx.ouvrir(base_hote_)) {
-        echec("base du magasin inaccessible : " + cnx.derniere_erreur());
-        return 0;
-    }
     long client = 0;
-    bool ok =
-        cnx.Execute("DELETE * FROM T_Etat_Civil;") &&
-        cnx.Execute("INSERT INTO [Saisie des Clients] ( Nom, [Prénom] ) VALUES ( '" +
-                    Echapper_Apostrophes(b.nom) + "', '" + Echapper_Apostrophes(b.prenom) + "' );");
-    if (ok) {
-        auto rs = cnx.Ouvrir(
-            "SELECT Max([Saisie des Clients].[N°]) AS Numero FROM [Saisie des Clients];");
-        client = rs && !rs->EOF_() ? static_cast<long>(rs->champ("Numero").nombre()) : 0;
-        ok = client > 0;
+    Statut s = cnx.ouvrir(base_hote_);
+    if (s) {
+        s = cnx.Execute("DELETE * FROM T_Etat_Civil;");
     }
-    ok = ok &&
-         cnx.Execute(
-             "INSERT INTO T_Etat_Civil ( [N°], Nom, [Prénom], [Sécurité sociale], "
-             "[Date Naissance], RangNaissance, Divers ) VALUES ( " +
-             std::to_string(client) + ", '" + Echapper_Apostrophes(b.nom) + "', '" +
-             Echapper_Apostrophes(b.prenom) + "', '" + Echapper_Apostrophes(b.nir) + "', " + date +
-             ", " + Nombre_SQL(Val(b.rang)) + ", " +
-             (divers.empty() ? std::string("Null") : "'" + divers + "'") + " );") &&
-         cnx.valider();
-    if (!ok) {
-        echec("écriture du client impossible : " + cnx.derniere_erreur());
+    if (s) {
+        s = cnx.Execute("INSERT INTO [Saisie des Clients] ( Nom, [Prénom] ) VALUES ( '" +
+                        Texte_SQL(b.nom) + "', '" + Texte_SQL(b.prenom) + "' );");
+    }
+    if (s) {
+        auto cle = Plus_Grande_Cle(
+            cnx, "SELECT Max([Saisie des Clients].[N°]) AS Numero FROM [Saisie des Clients];");
+        s = cle ? Statut() : cle.statut();
+        client = cle ? static_cast<long>(*cle) : 0;
+    }
+    if (s) {
+        s = cnx.Execute(
+            "INSERT INTO T_Etat_Civil ( [N°], Nom, [Prénom], [Sécurité sociale], "
+            "[Date Naissance], RangNaissance, Divers ) VALUES ( " +
+            std::to_string(client) + ", '" + Texte_SQL(b.nom) + "', '" + Texte_SQL(b.prenom) +
+            "', '" + Texte_SQL(b.nir) + "', " + date + ", " + Nombre_SQL(b.rang) + ", " +
+            (divers.empty() ? std::string("Null") : "'" + divers + "'") + " );");
+    }
+    if (s) {
+        s = cnx.valider();
+    }
+    if (!s || client <= 0) {
+        echec("écriture du client impossible : " + s.raison());
         return 0;
     }
     sortie_ << "    [Saisie des Clients] : client n° " << client << " " << b.nom << " " << b.prenom

@@ -54,8 +54,10 @@ TEST_F(Schema, LesBasesAcceptentLesInstructionsDuPontEtDeLHote) {
     }
     Connexion pont;
     Connexion hote;
-    ASSERT_TRUE(pont.ouvrir((dossier_ / kBasePont).string())) << pont.derniere_erreur();
-    ASSERT_TRUE(hote.ouvrir((dossier_ / kBaseHote).string())) << hote.derniere_erreur();
+    for (auto [cnx, nom] : {std::pair{&pont, kBasePont}, std::pair{&hote, kBaseHote}}) {
+        Statut s = cnx->ouvrir((dossier_ / nom).string());
+        ASSERT_TRUE(s) << s.raison();
+    }
 
     const char* P = kBasePont;
     const char* H = kBaseHote;
@@ -81,11 +83,12 @@ TEST_F(Schema, LesBasesAcceptentLesInstructionsDuPontEtDeLHote) {
         SCOPED_TRACE(i.sql);
         Connexion& cnx = std::string(i.base) == kBasePont ? pont : hote;
         if (i.premiere_ligne == nullptr) {
-            EXPECT_TRUE(cnx.Execute(i.sql)) << cnx.derniere_erreur();
+            Statut s = cnx.Execute(i.sql);
+            EXPECT_TRUE(s) << s.raison();
             continue;
         }
         auto rs = cnx.Ouvrir(i.sql);
-        ASSERT_TRUE(rs.has_value()) << cnx.derniere_erreur();
+        ASSERT_TRUE(rs) << rs.statut().raison();
         EXPECT_EQ(rs->EOF_(), *i.premiere_ligne == '\0');
         std::istringstream valeurs(i.premiere_ligne);
         for (std::string v; valeurs >> v;) {

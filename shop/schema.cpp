@@ -349,28 +349,23 @@ constexpr std::string_view kHote[] = {
 
 bool creer_base(const std::string& chemin, std::span<const std::string_view> instructions,
                 std::string& erreur) {
-    if (!Connexion::creer_sqlite(chemin, erreur)) {
-        if (erreur.empty()) {
-            erreur = "impossible de créer " + chemin;
-        }
-        return false;
-    }
     Connexion cnx;
-    if (!cnx.ouvrir(chemin)) {
-        erreur = "impossible d'ouvrir " + chemin + " : " + cnx.derniere_erreur();
-        return false;
+    Statut s = Connexion::creer_sqlite(chemin);
+    if (s) {
+        s = cnx.ouvrir(chemin);
     }
-    for (std::string_view sql : instructions) {
-        if (!cnx.Execute(sql)) {
-            erreur = chemin + " : " + cnx.derniere_erreur() + "\n" + std::string(sql);
+    for (std::size_t i = 0; s && i < instructions.size(); ++i) {
+        s = cnx.Execute(instructions[i]);
+        if (!s) {
+            erreur = s.raison() + "\n" + std::string(instructions[i]);
             return false;
         }
     }
-    if (!cnx.valider()) {
-        erreur = chemin + " : " + cnx.derniere_erreur();
-        return false;
+    if (s) {
+        s = cnx.valider();
     }
-    return true;
+    erreur = s.raison();
+    return s.ok();
 }
 
 }  // namespace

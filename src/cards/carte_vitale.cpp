@@ -10,10 +10,11 @@
 #include <vector>
 
 #include "cards/cartes.h"
+#include "data/instructions.h"
 #include "data/parametres.h"
 #include "data/texte_sql.h"
-#include "exchange/echange.h"
-#include "main/run.h"
+#include "exchange/document.h"
+#include "exchange/run.h"
 #include "platform/encodage.h"
 #include "platform/xml.h"
 
@@ -29,55 +30,23 @@ constexpr std::string_view kAppelant = "f_LireCVitale";
 
 // The elements of a card node, read by their path below it. An element the middleware
 // left out reads as "", so an incomplete card never stops the run.
-class Elements {
-  public:
-    void lire(const XmlNoeud& noeud, std::initializer_list<const char*> chemins) {
-        for (const char* chemin : chemins) {
-            valeurs_[chemin] = noeud.texte_de(chemin);
-        }
-    }
-    void vider() { valeurs_.clear(); }
-    const std::string& operator()(std::string_view chemin) const {
-        static const std::string vide;
-        auto it = valeurs_.find(chemin);
-        return it == valeurs_.end() ? vide : it->second;
-    }
-
-  private:
-    std::map<std::string, std::string, std::less<>> valeurs_;
-};
-
-void lire_contexte(Elements& contexte, const XmlNoeud& noeud) {
-    contexte.lire(noeud, {"TYP_CART",   "VIT_NSER",   "ADM/FDV_CRT", "ADM/RUF1_ADM", "ADM/RUF2_ADM",
-                          "NIR_ASS",    "CLE_ASS",    "RGG_COD",     "RTT_CAI",      "RTT_UGE",
-                          "COD_GES",    "RUF_FAM",    "COD_SEF",     "DEB_SEF",      "FIN_SEF",
-                          "AT/ORG_GE",  "AT/GST_CD",  "AT/IDT_AT",   "AT/ORG_GE1",   "AT/GST_CD1",
-                          "AT/IDT_AT1", "AT/ORG_GE2", "AT/GST_CD2",  "AT/IDT_AT2"});
+Champs contexte_carte() {
+    return {"TYP_CART",   "VIT_NSER",   "ADM/FDV_CRT", "ADM/RUF1_ADM", "ADM/RUF2_ADM",
+            "NIR_ASS",    "CLE_ASS",    "RGG_COD",     "RTT_CAI",      "RTT_UGE",
+            "COD_GES",    "RUF_FAM",    "COD_SEF",     "DEB_SEF",      "FIN_SEF",
+            "AT/ORG_GE",  "AT/GST_CD",  "AT/IDT_AT",   "AT/ORG_GE1",   "AT/GST_CD1",
+            "AT/IDT_AT1", "AT/ORG_GE2", "AT/GST_CD2",  "AT/IDT_AT2",   "NB_BEN"};
 }
 
-void lire_beneficiaire(Elements& beneficiaire, const XmlNoeud& noeud) {
-    beneficiaire.lire(
-        noeud, {"NOM_USG",      "NOM_PAT",      "PRM_USG",          "ADR_LN1",      "ADR_LN2",
-                "ADR_LN3",      "ADR_LN4",      "ADR_LN5",          "NIR_CER",      "CLE_CER",
-                "DAT_CER",      "NAI_BEN",      "BEN_RNG",          "BEN_QLT",      "COD_SEB",
-                "DEB_SEB",      "FIN_SEB",      "MUT/MUT_NUM",      "MUT/CONT_MUT", "MUT/TRT_MUT",
-                "MUT/TYP_MUT",  "MUT/SER_MUT",  "MUT/IND_STS",      "COMP/CPL_NU2", "COMP/CPL_EDI",
-                "COMP/ADH_NUM", "COMP/TRT_AMC", "COMP/CPL_DEB",     "COMP/CPL_FIN", "COMP/ROU_FLX",
-                "COMP/IDT_HOT", "COMP/NOM_DOM", "COMP/IND_STS_AMC", "COMP/TYP_SER", "COMP/SER_CRT",
-                "COMP/RUF_COMP"});
-}
-
-// A text value between single quotes, its quotes doubled so it stays inside.
-std::string lit(std::string_view valeur) {
-    return Echapper_Apostrophes(valeur);
-}
-// The fields the host always stored with the double-quote rule as well.
-std::string dbl(std::string valeur) {
-    return Doubler_Apostrophes(valeur);
-}
-// A number written bare.
-std::string num(std::string_view texte) {
-    return Nombre_SQL(Val(texte));
+Champs beneficiaire_carte() {
+    return {"NOM_USG",      "NOM_PAT",      "PRM_USG",          "ADR_LN1",      "ADR_LN2",
+            "ADR_LN3",      "ADR_LN4",      "ADR_LN5",          "NIR_CER",      "CLE_CER",
+            "DAT_CER",      "NAI_BEN",      "BEN_RNG",          "BEN_QLT",      "COD_SEB",
+            "DEB_SEB",      "FIN_SEB",      "MUT/MUT_NUM",      "MUT/CONT_MUT", "MUT/TRT_MUT",
+            "MUT/TYP_MUT",  "MUT/SER_MUT",  "MUT/IND_STS",      "COMP/CPL_NU2", "COMP/CPL_EDI",
+            "COMP/ADH_NUM", "COMP/TRT_AMC", "COMP/CPL_DEB",     "COMP/CPL_FIN", "COMP/ROU_FLX",
+            "COMP/IDT_HOT", "COMP/NOM_DOM", "COMP/IND_STS_AMC", "COMP/TYP_SER", "COMP/SER_CRT",
+            "COMP/RUF_COMP"};
 }
 
 // The first `n` characters from the 1-based character position `debut`, as the host's
@@ -93,7 +62,7 @@ std::string milieu(std::string_view texte, std::size_t debut, std::size_t n) {
 // The mutual number the host files the beneficiary under: the complementary number
 // when the card has one, else the mutual number, which the special regimes 12, 13 and
 // 14 replace by their fixed numbers.
-std::string numero_complementaire(const Elements& b) {
+std::string numero_complementaire(const Champs& b) {
     std::string mutuelle = b("MUT/MUT_NUM");
     double regime = Val(b("COD_SEB"));
     if (regime == 12) {
@@ -133,18 +102,18 @@ struct ClientHote {
     std::string rang;
 };
 
-bool lire_client(Run& run, ClientHote& client) {
-    auto rs = run.cnx->hote.Ouvrir(
+Statut lire_client(Connexion& hote, ClientHote& client) {
+    auto rs = Premiere_Ligne(
+        hote,
         "SELECT T_Etat_Civil.N°, T_Etat_Civil.[Sécurité sociale], T_Etat_Civil.[Date Naissance], "
         "T_Etat_Civil.RangNaissance, T_Etat_Civil.Divers FROM T_Etat_Civil;");
     if (!rs) {
-        return false;
+        return rs.statut();
     }
     std::string divers;
     DateHote naissance;
-    if (rs->RecordCount() > 0) {
-        rs->MoveFirst();
-        client.numero = num(rs->champ("N°").str());
+    if (!rs->EOF_()) {
+        client.numero = Nombre_SQL(rs->champ("N°").str());
         std::string secu = rs->champ("Sécurité sociale").str();
         std::size_t longueur = longueur_caracteres(secu);
         if (longueur > 2) {
@@ -165,29 +134,25 @@ bool lire_client(Run& run, ClientHote& client) {
     } else {
         client.date_naissance = naissance.annee + naissance.mois + naissance.jour;
     }
-    return true;
+    return {};
 }
 
-// The card rows of one insured and beneficiary, 0 when there is none; -1 when the
-// query failed.
-double chercher_carte(Run& run, const std::string& nir, const std::string& cle,
-                      const std::string& date_naissance, const std::string& rang) {
-    auto rs = run.cnx->pont.Ouvrir(
+// The key of the card row of one insured and beneficiary, 0 when there is none.
+Resultat<double> chercher_carte(Connexion& pont, const ClientHote& client) {
+    auto rs = Premiere_Ligne(
+        pont,
         "SELECT T_InfosCarteVitale.Info_CV_ID, T_InfosCarteVitale.Info_CV_NIR_ASS, "
         "T_InfosCarteVitale.Info_CV_CLE_ASS, T_InfosCarteVitale.Info_CV_NAI_BEN, "
         "T_InfosCarteVitale.Info_CV_BEN_RNG From T_InfosCarteVitale "
         "WHERE (((T_InfosCarteVitale.Info_CV_NIR_ASS)='" +
-        lit(nir) + "') AND ((T_InfosCarteVitale.Info_CV_CLE_ASS)='" + lit(cle) +
-        "') AND ((T_InfosCarteVitale.Info_CV_NAI_BEN)='" + lit(date_naissance) +
-        "') AND ((T_InfosCarteVitale.Info_CV_BEN_RNG)='" + lit(rang) + "'));");
+            Texte_SQL(client.nir) + "') AND ((T_InfosCarteVitale.Info_CV_CLE_ASS)='" +
+            Texte_SQL(client.cle) + "') AND ((T_InfosCarteVitale.Info_CV_NAI_BEN)='" +
+            Texte_SQL(client.date_naissance) + "') AND ((T_InfosCarteVitale.Info_CV_BEN_RNG)='" +
+            Texte_SQL(client.rang) + "'));");
     if (!rs) {
-        return -1;
+        return rs.statut();
     }
-    if (rs->RecordCount() == 0) {
-        return 0;
-    }
-    rs->MoveFirst();
-    return rs->champ("Info_CV_ID").nombre();
+    return rs->EOF_() ? 0.0 : rs->champ("Info_CV_ID").nombre();
 }
 
 // One repeated rights element of the beneficiary: nine slots, further periods dropped.
@@ -235,10 +200,10 @@ Droits lire_droits(const XmlDocument& doc, const std::string& beneficiaire) {
 // ", T_InfosCarteVitale.Info_CV_<colonne>_<n> = '<valeur>'" for one slot.
 std::string creneau(const char* colonne, std::size_t i, const Creneaux& valeurs) {
     return std::string(", T_InfosCarteVitale.Info_CV_") + colonne + std::to_string(i + 1) + " = '" +
-           lit(valeurs[i]) + "'";
+           Texte_SQL(valeurs[i]) + "'";
 }
 
-bool ecrire_droits(Run& run, const Droits& d, double identifiant) {
+Statut ecrire_droits(Connexion& pont, const Droits& d, double identifiant) {
     std::string sql = "UPDATE T_InfosCarteVitale SET T_InfosCarteVitale.Info_CV_NB_DRT_AMO = " +
                       Nombre_SQL(d.nombre_amo);
     for (std::size_t i = 0; i < 9; ++i) {
@@ -262,11 +227,11 @@ bool ecrire_droits(Run& run, const Droits& d, double identifiant) {
         sql += creneau("DMUT_FIN_", i, d.dmut_fin);
     }
     sql += " WHERE (((T_InfosCarteVitale.Info_CV_ID)=" + Nombre_SQL(identifiant) + "));";
-    return run.cnx->pont.Execute(sql);
+    return pont.Execute(sql);
 }
 
-bool inserer_carte(Run& run, const Elements& C, const Elements& B, const ClientHote& p) {
-    return run.cnx->pont.Execute(
+Statut inserer_carte(Connexion& pont, const Champs& C, const Champs& B, const ClientHote& p) {
+    return pont.Execute(
         "INSERT INTO T_InfosCarteVitale ( Info_CV_TYP_CART, Info_ETC_ID_FK, Info_CV_VIT_NSER, "
         "Info_CV_FDV_CRT, Info_CV_RUF1_ADM, Info_CV_RUF2_ADM, Info_CV_RUF_ADM, Info_CV_TYP_IDEN, "
         "Info_CV_NIR_ASS, Info_CV_CLE_ASS, Info_CV_RGG_COD, Info_CV_RTT_CAI, Info_CV_RTT_UGE, "
@@ -282,177 +247,172 @@ bool inserer_carte(Run& run, const Elements& C, const Elements& B, const ClientH
         "Info_CV_ROU_FLX, Info_CV_ID_HOT, Info_CV_NOM_DOM, Info_CV_IND_STS_AMC, Info_CV_TYP_SER, "
         "Info_CV_SER_CRT, Info_CV_RUF_COMP )"
         "SELECT '" +
-        lit(C("TYP_CART")) + "' AS TYP_CART, " + p.numero + " AS Info_ETC_ID_FK, '" +
-        lit(C("VIT_NSER")) + " ' AS VIT_NSER, '" + lit(C("ADM/FDV_CRT")) + "' AS FDV_CRT, '" +
-        lit(C("ADM/RUF1_ADM")) + "' AS RUF1_ADM, '" + lit(C("ADM/RUF2_ADM")) +
-        "' AS RUF2_ADM, '' AS RUF_ADM, '' AS TYP_IDEN, '" + lit(p.nir) + "' AS NIR_ASS, '" +
-        lit(p.cle) + "' AS CLE_ASS, '" + lit(C("RGG_COD")) + "' AS RGG_COD, '" + lit(C("RTT_CAI")) +
-        "' AS RTT_CAI, '" + lit(C("RTT_UGE")) + "' AS RTT_UGE, '" + lit(C("COD_GES")) +
-        "' AS COD_GES, '" + lit(C("RUF_FAM")) + "' AS RUF_FAM, '" + lit(C("COD_SEF")) +
-        "' AS COD_SEF, '" + lit(C("DEB_SEF")) + "' AS DEB_SEF, '" + lit(C("FIN_SEF")) +
-        "' AS FIN_SEF, '" + lit(C("AT/ORG_GE")) + "' AS ORG_GE, '" + lit(C("AT/GST_CD")) +
-        "' AS GST_CD, '" + lit(C("AT/IDT_AT")) + "' AS IDT_AT, '" + lit(C("AT/ORG_GE1")) +
-        "' AS ORG_GE1, '" + lit(C("AT/GST_CD1")) + "' AS GST_CD1, '" + lit(C("AT/IDT_AT1")) +
-        "' AS IDT_AT1, '" + lit(C("AT/ORG_GE2")) + "' AS ORG_GE2, '" + lit(C("AT/GST_CD2")) +
-        "' AS GST_CD2, '" + lit(C("AT/IDT_AT2")) + "' AS IDT_AT2, '" + lit(C("NB_BEN")) +
-        "' AS NB_BENEF, '" + dbl(B("NOM_USG")) + "' AS NOM_USG, '" + dbl(B("NOM_PAT")) +
-        "' AS NOM_PAT, '" + dbl(B("PRM_USG")) + "' AS PRM_USG, '" + dbl(B("ADR_LN1")) +
-        "' AS ADR_LN1, '" + dbl(B("ADR_LN2")) + "' AS ADR_LN2, '" + dbl(B("ADR_LN3")) +
-        "' AS ADR_LN3, '" + dbl(B("ADR_LN4")) + "' AS ADR_LN4, '" + dbl(B("ADR_LN5")) +
-        "' AS ADR_LN5, '" + lit(B("NIR_CER")) + "' AS NIR_CER, '" + lit(B("CLE_CER")) +
-        "' AS CLE_CER, '" + lit(B("DAT_CER")) + "' AS DAT_CER, '" + lit(B("NAI_BEN")) +
-        "' AS NAI_BEN, '" + lit(B("BEN_RNG")) + "' AS BEN_RNG, '" + lit(B("BEN_QLT")) +
-        "' AS BEN_QLT, '" + lit(B("COD_SEB")) + "' AS COD_SEB, '" + lit(B("DEB_SEB")) +
-        "' AS DEB_SEB, '" + lit(B("FIN_SEB")) + "' AS FIN_SEB, '' AS RUF_BEN, '" +
-        lit(B("MUT/MUT_NUM")) + "' AS MUT_NUM, '" + lit(B("MUT/CONT_MUT")) + "' AS CONT_MUT, '" +
-        lit(B("MUT/TRT_MUT")) + "' AS TRT_MUT, '" + lit(B("MUT/TYP_MUT")) + "' AS TYP_MUT, '" +
-        lit(B("MUT/SER_MUT")) + "' AS SER_MUT, '" + lit(B("MUT/IND_STS")) + "' AS IND_STS, '" +
-        lit(B("COMP/CPL_NU2")) + "' AS CPL_NU2, '" + lit(B("COMP/CPL_EDI")) + "' AS CPL_EDI, '" +
-        lit(B("COMP/ADH_NUM")) + "' AS ADH_NUM, '" + lit(B("COMP/TRT_AMC")) + "' AS TRT_AMC, '" +
-        lit(B("COMP/CPL_DEB")) + "' AS CPL_DEB, '" + lit(B("COMP/CPL_FIN")) + "' AS CPL_FIN, '" +
-        lit(B("COMP/ROU_FLX")) + "' AS ROU_FLX, '' AS ID_HOT, '" + dbl(B("COMP/NOM_DOM")) +
-        "' AS NOM_DOM, '" + lit(B("COMP/IND_STS_AMC")) + "' AS IND_STS_AMC, '" +
-        lit(B("COMP/TYP_SER")) + "' AS TYP_SER, '" + lit(B("COMP/SER_CRT")) + "' AS SER_CRT, '" +
-        dbl(B("COMP/RUF_COMP")) + "' AS RUF_COMP ");
+        Texte_SQL(C("TYP_CART")) + "' AS TYP_CART, " + p.numero + " AS Info_ETC_ID_FK, '" +
+        Texte_SQL(C("VIT_NSER")) + " ' AS VIT_NSER, '" + Texte_SQL(C("ADM/FDV_CRT")) + "' AS FDV_CRT, '" +
+        Texte_SQL(C("ADM/RUF1_ADM")) + "' AS RUF1_ADM, '" + Texte_SQL(C("ADM/RUF2_ADM")) +
+        "' AS RUF2_ADM, '' AS RUF_ADM, '' AS TYP_IDEN, '" + Texte_SQL(p.nir) + "' AS NIR_ASS, '" +
+        Texte_SQL(p.cle) + "' AS CLE_ASS, '" + Texte_SQL(C("RGG_COD")) + "' AS RGG_COD, '" + Texte_SQL(C("RTT_CAI")) +
+        "' AS RTT_CAI, '" + Texte_SQL(C("RTT_UGE")) + "' AS RTT_UGE, '" + Texte_SQL(C("COD_GES")) +
+        "' AS COD_GES, '" + Texte_SQL(C("RUF_FAM")) + "' AS RUF_FAM, '" + Texte_SQL(C("COD_SEF")) +
+        "' AS COD_SEF, '" + Texte_SQL(C("DEB_SEF")) + "' AS DEB_SEF, '" + Texte_SQL(C("FIN_SEF")) +
+        "' AS FIN_SEF, '" + Texte_SQL(C("AT/ORG_GE")) + "' AS ORG_GE, '" + Texte_SQL(C("AT/GST_CD")) +
+        "' AS GST_CD, '" + Texte_SQL(C("AT/IDT_AT")) + "' AS IDT_AT, '" + Texte_SQL(C("AT/ORG_GE1")) +
+        "' AS ORG_GE1, '" + Texte_SQL(C("AT/GST_CD1")) + "' AS GST_CD1, '" + Texte_SQL(C("AT/IDT_AT1")) +
+        "' AS IDT_AT1, '" + Texte_SQL(C("AT/ORG_GE2")) + "' AS ORG_GE2, '" + Texte_SQL(C("AT/GST_CD2")) +
+        "' AS GST_CD2, '" + Texte_SQL(C("AT/IDT_AT2")) + "' AS IDT_AT2, '" + Texte_SQL(C("NB_BEN")) +
+        "' AS NB_BENEF, '" + Texte_Hote_SQL(B("NOM_USG")) + "' AS NOM_USG, '" + Texte_Hote_SQL(B("NOM_PAT")) +
+        "' AS NOM_PAT, '" + Texte_Hote_SQL(B("PRM_USG")) + "' AS PRM_USG, '" + Texte_Hote_SQL(B("ADR_LN1")) +
+        "' AS ADR_LN1, '" + Texte_Hote_SQL(B("ADR_LN2")) + "' AS ADR_LN2, '" + Texte_Hote_SQL(B("ADR_LN3")) +
+        "' AS ADR_LN3, '" + Texte_Hote_SQL(B("ADR_LN4")) + "' AS ADR_LN4, '" + Texte_Hote_SQL(B("ADR_LN5")) +
+        "' AS ADR_LN5, '" + Texte_SQL(B("NIR_CER")) + "' AS NIR_CER, '" + Texte_SQL(B("CLE_CER")) +
+        "' AS CLE_CER, '" + Texte_SQL(B("DAT_CER")) + "' AS DAT_CER, '" + Texte_SQL(B("NAI_BEN")) +
+        "' AS NAI_BEN, '" + Texte_SQL(B("BEN_RNG")) + "' AS BEN_RNG, '" + Texte_SQL(B("BEN_QLT")) +
+        "' AS BEN_QLT, '" + Texte_SQL(B("COD_SEB")) + "' AS COD_SEB, '" + Texte_SQL(B("DEB_SEB")) +
+        "' AS DEB_SEB, '" + Texte_SQL(B("FIN_SEB")) + "' AS FIN_SEB, '' AS RUF_BEN, '" +
+        Texte_SQL(B("MUT/MUT_NUM")) + "' AS MUT_NUM, '" + Texte_SQL(B("MUT/CONT_MUT")) + "' AS CONT_MUT, '" +
+        Texte_SQL(B("MUT/TRT_MUT")) + "' AS TRT_MUT, '" + Texte_SQL(B("MUT/TYP_MUT")) + "' AS TYP_MUT, '" +
+        Texte_SQL(B("MUT/SER_MUT")) + "' AS SER_MUT, '" + Texte_SQL(B("MUT/IND_STS")) + "' AS IND_STS, '" +
+        Texte_SQL(B("COMP/CPL_NU2")) + "' AS CPL_NU2, '" + Texte_SQL(B("COMP/CPL_EDI")) + "' AS CPL_EDI, '" +
+        Texte_SQL(B("COMP/ADH_NUM")) + "' AS ADH_NUM, '" + Texte_SQL(B("COMP/TRT_AMC")) + "' AS TRT_AMC, '" +
+        Texte_SQL(B("COMP/CPL_DEB")) + "' AS CPL_DEB, '" + Texte_SQL(B("COMP/CPL_FIN")) + "' AS CPL_FIN, '" +
+        Texte_SQL(B("COMP/ROU_FLX")) + "' AS ROU_FLX, '' AS ID_HOT, '" + Texte_Hote_SQL(B("COMP/NOM_DOM")) +
+        "' AS NOM_DOM, '" + Texte_SQL(B("COMP/IND_STS_AMC")) + "' AS IND_STS_AMC, '" +
+        Texte_SQL(B("COMP/TYP_SER")) + "' AS TYP_SER, '" + Texte_SQL(B("COMP/SER_CRT")) + "' AS SER_CRT, '" +
+        Texte_Hote_SQL(B("COMP/RUF_COMP")) + "' AS RUF_COMP ");
 }
 
-bool mettre_a_jour_carte(Run& run, const Elements& C, const Elements& B, const ClientHote& p,
-                         double identifiant) {
-    return run.cnx->pont.Execute(
+Statut mettre_a_jour_carte(Connexion& pont, const Champs& C, const Champs& B,
+                           const ClientHote& p, double identifiant) {
+    return pont.Execute(
         "UPDATE T_InfosCarteVitale SET T_InfosCarteVitale.Info_ETC_ID_FK = " + p.numero +
-        ", T_InfosCarteVitale.Info_CV_TYP_CART = '" + lit(C("TYP_CART")) +
-        "', T_InfosCarteVitale.Info_CV_VIT_NSER = '" + lit(C("VIT_NSER")) +
-        "', T_InfosCarteVitale.Info_CV_FDV_CRT = '" + lit(C("ADM/FDV_CRT")) +
-        "', T_InfosCarteVitale.Info_CV_RUF1_ADM = '" + lit(C("ADM/RUF1_ADM")) +
-        "', T_InfosCarteVitale.Info_CV_RUF2_ADM = '" + lit(C("ADM/RUF2_ADM")) +
+        ", T_InfosCarteVitale.Info_CV_TYP_CART = '" + Texte_SQL(C("TYP_CART")) +
+        "', T_InfosCarteVitale.Info_CV_VIT_NSER = '" + Texte_SQL(C("VIT_NSER")) +
+        "', T_InfosCarteVitale.Info_CV_FDV_CRT = '" + Texte_SQL(C("ADM/FDV_CRT")) +
+        "', T_InfosCarteVitale.Info_CV_RUF1_ADM = '" + Texte_SQL(C("ADM/RUF1_ADM")) +
+        "', T_InfosCarteVitale.Info_CV_RUF2_ADM = '" + Texte_SQL(C("ADM/RUF2_ADM")) +
         "', T_InfosCarteVitale.Info_CV_RUF_ADM = '"
         "', T_InfosCarteVitale.Info_CV_TYP_IDEN = '"
         "', T_InfosCarteVitale.Info_CV_NIR_ASS = '" +
-        lit(p.nir) + "', T_InfosCarteVitale.Info_CV_CLE_ASS = '" + lit(p.cle) +
-        "', T_InfosCarteVitale.Info_CV_RGG_COD = '" + lit(C("RGG_COD")) +
-        "', T_InfosCarteVitale.Info_CV_RTT_CAI = '" + lit(C("RTT_CAI")) +
-        "', T_InfosCarteVitale.Info_CV_RTT_UGE = '" + lit(C("RTT_UGE")) +
-        "', T_InfosCarteVitale.Info_CV_COD_GES = '" + lit(C("COD_GES")) +
-        "', T_InfosCarteVitale.Info_CV_RUF_FAM = '" + lit(C("RUF_FAM")) +
-        "', T_InfosCarteVitale.Info_CV_COD_SEF = '" + lit(C("COD_SEF")) +
-        "', T_InfosCarteVitale.Info_CV_DEB_SEF = '" + lit(C("DEB_SEF")) +
-        "', T_InfosCarteVitale.Info_CV_FIN_SEF = '" + lit(C("FIN_SEF")) +
-        "', T_InfosCarteVitale.Info_CV_ORG_GE = '" + lit(C("AT/ORG_GE")) +
-        "', T_InfosCarteVitale.Info_CV_GST_CD = '" + lit(C("AT/GST_CD")) +
-        "', T_InfosCarteVitale.Info_CV_IDT_AT = '" + lit(C("AT/IDT_AT")) +
-        "', T_InfosCarteVitale.Info_CV_ORG_GE1 = '" + lit(C("AT/ORG_GE1")) +
-        "', T_InfosCarteVitale.Info_CV_GST_CD1 = '" + lit(C("AT/GST_CD1")) +
-        "', T_InfosCarteVitale.Info_CV_IDT_AT1 = '" + lit(C("AT/IDT_AT1")) +
-        "', T_InfosCarteVitale.Info_CV_ORG_GE2 = '" + lit(C("AT/ORG_GE2")) +
-        "', T_InfosCarteVitale.Info_CV_GST_CD2 = '" + lit(C("AT/GST_CD2")) +
-        "', T_InfosCarteVitale.Info_CV_IDT_AT2 = '" + lit(C("AT/IDT_AT2")) +
-        "', T_InfosCarteVitale.Info_CV_NB_BENEF = '" + lit(C("NB_BEN")) +
-        "', T_InfosCarteVitale.Info_CV_NOM_USG = '" + dbl(B("NOM_USG")) +
-        "', T_InfosCarteVitale.Info_CV_NOM_PAT = '" + dbl(B("NOM_PAT")) +
-        "', T_InfosCarteVitale.Info_CV_PRM_USG = '" + dbl(B("PRM_USG")) +
-        "', T_InfosCarteVitale.Info_CV_ADR_LN1 = '" + dbl(B("ADR_LN1")) +
-        "', T_InfosCarteVitale.Info_CV_ADR_LN2 = '" + dbl(B("ADR_LN2")) +
-        "', T_InfosCarteVitale.Info_CV_ADR_LN3 = '" + dbl(B("ADR_LN3")) +
-        "', T_InfosCarteVitale.Info_CV_ADR_LN4 = '" + dbl(B("ADR_LN4")) +
-        "', T_InfosCarteVitale.Info_CV_ADR_LN5 = '" + dbl(B("ADR_LN5")) +
-        "', T_InfosCarteVitale.Info_CV_NIR_CER = '" + lit(B("NIR_CER")) +
-        "', T_InfosCarteVitale.Info_CV_CLE_CER = '" + lit(B("CLE_CER")) +
-        "', T_InfosCarteVitale.Info_CV_DAT_CER = '" + lit(B("DAT_CER")) +
-        "', T_InfosCarteVitale.Info_CV_NAI_BEN = '" + lit(B("NAI_BEN")) +
-        "', T_InfosCarteVitale.Info_CV_BEN_RNG = '" + lit(B("BEN_RNG")) +
-        "', T_InfosCarteVitale.Info_CV_BEN_QLT = '" + lit(B("BEN_QLT")) +
-        "', T_InfosCarteVitale.Info_CV_COD_SEB = '" + lit(B("COD_SEB")) +
-        "', T_InfosCarteVitale.Info_CV_DEB_SEB = '" + lit(B("DEB_SEB")) +
-        "', T_InfosCarteVitale.Info_CV_FIN_SEB = '" + lit(B("FIN_SEB")) +
+        Texte_SQL(p.nir) + "', T_InfosCarteVitale.Info_CV_CLE_ASS = '" + Texte_SQL(p.cle) +
+        "', T_InfosCarteVitale.Info_CV_RGG_COD = '" + Texte_SQL(C("RGG_COD")) +
+        "', T_InfosCarteVitale.Info_CV_RTT_CAI = '" + Texte_SQL(C("RTT_CAI")) +
+        "', T_InfosCarteVitale.Info_CV_RTT_UGE = '" + Texte_SQL(C("RTT_UGE")) +
+        "', T_InfosCarteVitale.Info_CV_COD_GES = '" + Texte_SQL(C("COD_GES")) +
+        "', T_InfosCarteVitale.Info_CV_RUF_FAM = '" + Texte_SQL(C("RUF_FAM")) +
+        "', T_InfosCarteVitale.Info_CV_COD_SEF = '" + Texte_SQL(C("COD_SEF")) +
+        "', T_InfosCarteVitale.Info_CV_DEB_SEF = '" + Texte_SQL(C("DEB_SEF")) +
+        "', T_InfosCarteVitale.Info_CV_FIN_SEF = '" + Texte_SQL(C("FIN_SEF")) +
+        "', T_InfosCarteVitale.Info_CV_ORG_GE = '" + Texte_SQL(C("AT/ORG_GE")) +
+        "', T_InfosCarteVitale.Info_CV_GST_CD = '" + Texte_SQL(C("AT/GST_CD")) +
+        "', T_InfosCarteVitale.Info_CV_IDT_AT = '" + Texte_SQL(C("AT/IDT_AT")) +
+        "', T_InfosCarteVitale.Info_CV_ORG_GE1 = '" + Texte_SQL(C("AT/ORG_GE1")) +
+        "', T_InfosCarteVitale.Info_CV_GST_CD1 = '" + Texte_SQL(C("AT/GST_CD1")) +
+        "', T_InfosCarteVitale.Info_CV_IDT_AT1 = '" + Texte_SQL(C("AT/IDT_AT1")) +
+        "', T_InfosCarteVitale.Info_CV_ORG_GE2 = '" + Texte_SQL(C("AT/ORG_GE2")) +
+        "', T_InfosCarteVitale.Info_CV_GST_CD2 = '" + Texte_SQL(C("AT/GST_CD2")) +
+        "', T_InfosCarteVitale.Info_CV_IDT_AT2 = '" + Texte_SQL(C("AT/IDT_AT2")) +
+        "', T_InfosCarteVitale.Info_CV_NB_BENEF = '" + Texte_SQL(C("NB_BEN")) +
+        "', T_InfosCarteVitale.Info_CV_NOM_USG = '" + Texte_Hote_SQL(B("NOM_USG")) +
+        "', T_InfosCarteVitale.Info_CV_NOM_PAT = '" + Texte_Hote_SQL(B("NOM_PAT")) +
+        "', T_InfosCarteVitale.Info_CV_PRM_USG = '" + Texte_Hote_SQL(B("PRM_USG")) +
+        "', T_InfosCarteVitale.Info_CV_ADR_LN1 = '" + Texte_Hote_SQL(B("ADR_LN1")) +
+        "', T_InfosCarteVitale.Info_CV_ADR_LN2 = '" + Texte_Hote_SQL(B("ADR_LN2")) +
+        "', T_InfosCarteVitale.Info_CV_ADR_LN3 = '" + Texte_Hote_SQL(B("ADR_LN3")) +
+        "', T_InfosCarteVitale.Info_CV_ADR_LN4 = '" + Texte_Hote_SQL(B("ADR_LN4")) +
+        "', T_InfosCarteVitale.Info_CV_ADR_LN5 = '" + Texte_Hote_SQL(B("ADR_LN5")) +
+        "', T_InfosCarteVitale.Info_CV_NIR_CER = '" + Texte_SQL(B("NIR_CER")) +
+        "', T_InfosCarteVitale.Info_CV_CLE_CER = '" + Texte_SQL(B("CLE_CER")) +
+        "', T_InfosCarteVitale.Info_CV_DAT_CER = '" + Texte_SQL(B("DAT_CER")) +
+        "', T_InfosCarteVitale.Info_CV_NAI_BEN = '" + Texte_SQL(B("NAI_BEN")) +
+        "', T_InfosCarteVitale.Info_CV_BEN_RNG = '" + Texte_SQL(B("BEN_RNG")) +
+        "', T_InfosCarteVitale.Info_CV_BEN_QLT = '" + Texte_SQL(B("BEN_QLT")) +
+        "', T_InfosCarteVitale.Info_CV_COD_SEB = '" + Texte_SQL(B("COD_SEB")) +
+        "', T_InfosCarteVitale.Info_CV_DEB_SEB = '" + Texte_SQL(B("DEB_SEB")) +
+        "', T_InfosCarteVitale.Info_CV_FIN_SEB = '" + Texte_SQL(B("FIN_SEB")) +
         "', T_InfosCarteVitale.Info_CV_RUF_BEN = '"
         "', T_InfosCarteVitale.Info_CV_MUT_NUM = '" +
-        lit(B("MUT/MUT_NUM")) + "', T_InfosCarteVitale.Info_CV_CONT_MUT = '" +
-        lit(B("MUT/CONT_MUT")) + "', T_InfosCarteVitale.Info_CV_TRT_MUT = '" +
-        lit(B("MUT/TRT_MUT")) + "', T_InfosCarteVitale.Info_CV_TYP_MUT = '" +
-        lit(B("MUT/TYP_MUT")) + "', T_InfosCarteVitale.Info_CV_SER_MUT = '" +
-        lit(B("MUT/SER_MUT")) + "', T_InfosCarteVitale.Info_CV_IND_STS = '" +
-        lit(B("MUT/IND_STS")) + "', T_InfosCarteVitale.Info_CV_CPL_NU2 = '" +
-        lit(B("COMP/CPL_NU2")) + "', T_InfosCarteVitale.Info_CV_CPL_EDI = '" +
-        lit(B("COMP/CPL_EDI")) + "', T_InfosCarteVitale.Info_CV_ADH_NUM = '" +
-        lit(B("COMP/ADH_NUM")) + "', T_InfosCarteVitale.Info_CV_TRT_AMC = '" +
-        lit(B("COMP/TRT_AMC")) + "', T_InfosCarteVitale.Info_CV_CPL_DEB = '" +
-        lit(B("COMP/CPL_DEB")) + "', T_InfosCarteVitale.Info_CV_CPL_FIN = '" +
-        lit(B("COMP/CPL_FIN")) + "', T_InfosCarteVitale.Info_CV_ROU_FLX = '" +
-        lit(B("COMP/ROU_FLX")) +
+        Texte_SQL(B("MUT/MUT_NUM")) + "', T_InfosCarteVitale.Info_CV_CONT_MUT = '" +
+        Texte_SQL(B("MUT/CONT_MUT")) + "', T_InfosCarteVitale.Info_CV_TRT_MUT = '" +
+        Texte_SQL(B("MUT/TRT_MUT")) + "', T_InfosCarteVitale.Info_CV_TYP_MUT = '" +
+        Texte_SQL(B("MUT/TYP_MUT")) + "', T_InfosCarteVitale.Info_CV_SER_MUT = '" +
+        Texte_SQL(B("MUT/SER_MUT")) + "', T_InfosCarteVitale.Info_CV_IND_STS = '" +
+        Texte_SQL(B("MUT/IND_STS")) + "', T_InfosCarteVitale.Info_CV_CPL_NU2 = '" +
+        Texte_SQL(B("COMP/CPL_NU2")) + "', T_InfosCarteVitale.Info_CV_CPL_EDI = '" +
+        Texte_SQL(B("COMP/CPL_EDI")) + "', T_InfosCarteVitale.Info_CV_ADH_NUM = '" +
+        Texte_SQL(B("COMP/ADH_NUM")) + "', T_InfosCarteVitale.Info_CV_TRT_AMC = '" +
+        Texte_SQL(B("COMP/TRT_AMC")) + "', T_InfosCarteVitale.Info_CV_CPL_DEB = '" +
+        Texte_SQL(B("COMP/CPL_DEB")) + "', T_InfosCarteVitale.Info_CV_CPL_FIN = '" +
+        Texte_SQL(B("COMP/CPL_FIN")) + "', T_InfosCarteVitale.Info_CV_ROU_FLX = '" +
+        Texte_SQL(B("COMP/ROU_FLX")) +
         "', T_InfosCarteVitale.Info_CV_ID_HOT = '"
         "', T_InfosCarteVitale.Info_CV_NOM_DOM = '" +
-        dbl(B("COMP/NOM_DOM")) + "', T_InfosCarteVitale.Info_CV_IND_STS_AMC = '" +
-        lit(B("COMP/IND_STS_AMC")) + "', T_InfosCarteVitale.Info_CV_TYP_SER = '" +
-        lit(B("COMP/TYP_SER")) + "', T_InfosCarteVitale.Info_CV_SER_CRT = '" +
-        lit(B("COMP/SER_CRT")) + "', T_InfosCarteVitale.Info_CV_RUF_COMP = '" +
-        dbl(B("COMP/RUF_COMP")) + "' " +
+        Texte_Hote_SQL(B("COMP/NOM_DOM")) + "', T_InfosCarteVitale.Info_CV_IND_STS_AMC = '" +
+        Texte_SQL(B("COMP/IND_STS_AMC")) + "', T_InfosCarteVitale.Info_CV_TYP_SER = '" +
+        Texte_SQL(B("COMP/TYP_SER")) + "', T_InfosCarteVitale.Info_CV_SER_CRT = '" +
+        Texte_SQL(B("COMP/SER_CRT")) + "', T_InfosCarteVitale.Info_CV_RUF_COMP = '" +
+        Texte_Hote_SQL(B("COMP/RUF_COMP")) + "' " +
         "WHERE (((T_InfosCarteVitale.Info_CV_ID)=" + Nombre_SQL(identifiant) + "));");
 }
 
 }  // namespace
 
-bool Stocker_Liste_Beneficiaires(Run& run) {
-    XmlDocument doc;
-    if (!doc.charger_fichier(run.fichier("ZEMO_SvResponse.xml"))) {
-        Reponse_Illisible(run, kAppelant);
-        return false;
+Statut Stocker_Liste_Beneficiaires(Run& run) {
+    auto doc = Charger_Reponse(run, kAppelant);
+    if (!doc) {
+        return Statut::Deja_Repondu("réponse illisible");
     }
-    Ouvrir_Connexions(run);
-    Connexion& hote = run.cnx->hote;
-    if (!hote.Execute(
-            "DELETE DISTINCTROW [Sélection Verres].[Nom du Verre] FROM [Sélection Verres];")) {
-        return false;
+    Connexion& hote = run.bases().hote;
+    if (Statut s = hote.Execute(
+            "DELETE DISTINCTROW [Sélection Verres].[Nom du Verre] FROM [Sélection Verres];");
+        !s) {
+        return s;
     }
 
-    Elements contexte;
-    for (const XmlNoeud& noeud : doc.selectionner(kContextes)) {
-        lire_contexte(contexte, noeud);
-    }
+    Champs contexte = contexte_carte();
+    contexte.lire(*doc, kContextes);
     std::string nir = Trim(contexte("NIR_ASS")) + Trim(contexte("CLE_ASS"));
     std::string caisse =
         Trim(contexte("RGG_COD")) + Trim(contexte("RTT_CAI")) + Trim(contexte("RTT_UGE"));
     nir = gauche_caracteres(nir, 15);
 
-    for (const XmlNoeud& noeud : doc.selectionner(kBeneficiaires)) {
-        Elements b;
-        lire_beneficiaire(b, noeud);
+    Champs b = beneficiaire_carte();
+    for (const XmlNoeud& noeud : doc->selectionner(kBeneficiaires)) {
+        b.lire(noeud);
         // The host's column takes 50 characters; the first name goes whole, as the
         // host has always received it.
         std::string nom = gauche_caracteres(b("NOM_USG"), 50);
-        bool ecrit = hote.Execute(
+        Statut s = hote.Execute(
             "INSERT INTO [Sélection Verres] ( [Nom du Verre], Couleur, Diamètre, Fournisseur, "
             "Rubrique1, [Plage-Mini], Rubrique2, [Code Liaison Vidéo], Cod_Commande, "
             "Num_Adherent ) "
             "SELECT '" +
-            dbl(nom) + "' AS NA, '" + dbl(b("PRM_USG")) + "' AS PA, " + num(b("BEN_QLT")) +
-            " AS QL, '" + lit(nir) + "' AS NIR, '" + lit(b("NAI_BEN")) + "' AS DN, " +
-            num(b("BEN_RNG")) + " AS RG, '" + lit(caisse) + "' AS CC, '" + lit(caisse) +
-            "' AS CA, '" + lit(numero_complementaire(b)) + "' AS NU, '" + lit(b("COMP/ADH_NUM")) +
+            Texte_Hote_SQL(nom) + "' AS NA, '" + Texte_Hote_SQL(b("PRM_USG")) + "' AS PA, " +
+            Nombre_SQL(b("BEN_QLT")) + " AS QL, '" + Texte_SQL(nir) + "' AS NIR, '" +
+            Texte_SQL(b("NAI_BEN")) + "' AS DN, " + Nombre_SQL(b("BEN_RNG")) + " AS RG, '" +
+            Texte_SQL(caisse) + "' AS CC, '" + Texte_SQL(caisse) + "' AS CA, '" +
+            Texte_SQL(numero_complementaire(b)) + "' AS NU, '" + Texte_SQL(b("COMP/ADH_NUM")) +
             "' as NH;");
-        if (!ecrit) {
-            return false;
+        if (!s) {
+            return s;
         }
     }
-    return true;
+    return {};
 }
 
-bool Stocker_Carte_Vitale(Run& run) {
-    XmlDocument doc;
-    if (!doc.charger_fichier(run.fichier("ZEMO_SvResponse.xml"))) {
-        Reponse_Illisible(run, kAppelant);
-        return false;
+Statut Stocker_Carte_Vitale(Run& run) {
+    auto doc = Charger_Reponse(run, kAppelant);
+    if (!doc) {
+        return Statut::Deja_Repondu("réponse illisible");
     }
-    Ouvrir_Connexions(run);
+    Connexions& bases = run.bases();
 
     ClientHote client;
-    if (!lire_client(run, client)) {
-        return false;
+    if (Statut s = lire_client(bases.hote, client); !s) {
+        return s;
     }
 
-    Elements contexte;
-    for (const XmlNoeud& noeud : doc.selectionner(kContextes)) {
-        lire_contexte(contexte, noeud);
-        contexte.lire(noeud, {"NB_BEN"});
+    Champs contexte = contexte_carte();
+    if (contexte.lire(*doc, kContextes) > 0) {
         client.nir = contexte("NIR_ASS");
         client.cle = contexte("CLE_ASS");
     }
@@ -462,56 +422,49 @@ bool Stocker_Carte_Vitale(Run& run) {
     std::string beneficiaire = std::string(kBeneficiaires) +
                                "[NAI_BEN=" + xpath_litteral(client.date_naissance) +
                                "][BEN_RNG=" + xpath_litteral(client.rang) + "]";
-    Elements b;
-    bool trouve = false;
-    for (const XmlNoeud& noeud : doc.selectionner(beneficiaire)) {
-        b.vider();
-        trouve = true;
-        lire_beneficiaire(b, noeud);
+    Champs b = beneficiaire_carte();
+    if (b.lire(*doc, beneficiaire) == 0) {
+        run.log("Aucun bénéficiaire de la carte ne correspond au client " + client.numero);
+        return {};
     }
-    Droits droits = lire_droits(doc, beneficiaire);
-    if (!trouve) {
-        return false;
-    }
+    Droits droits = lire_droits(*doc, beneficiaire);
 
-    double identifiant =
-        chercher_carte(run, client.nir, client.cle, client.date_naissance, client.rang);
-    if (identifiant < 0) {
-        return false;
+    auto identifiant = chercher_carte(bases.pont, client);
+    if (!identifiant) {
+        return identifiant.statut();
     }
-    bool ecrit = identifiant > 0 ? mettre_a_jour_carte(run, contexte, b, client, identifiant)
-                                 : inserer_carte(run, contexte, b, client);
-    if (!ecrit) {
-        return false;
-    }
-
+    Statut ecrit = *identifiant > 0
+                       ? mettre_a_jour_carte(bases.pont, contexte, b, client, *identifiant)
+                       : inserer_carte(bases.pont, contexte, b, client);
     // Older host databases have no rights columns.
-    if (Lire_Version_Base(run) < 3600) {
-        return true;
+    if (!ecrit || Lire_Version_Base(bases) < 3600) {
+        return ecrit;
     }
-    identifiant = chercher_carte(run, client.nir, client.cle, client.date_naissance, client.rang);
-    if (identifiant < 0) {
-        return false;
+    identifiant = chercher_carte(bases.pont, client);
+    if (!identifiant) {
+        return identifiant.statut();
     }
-    return ecrire_droits(run, droits, identifiant);
+    return ecrire_droits(bases.pont, droits, *identifiant);
 }
 
-void Lire_Nom_Porteur(Run& run, const std::string& nir, const std::string& cle,
-                      const std::string& date_naissance, const std::string& rang, std::string& nom,
-                      std::string& prenom) {
-    Ouvrir_Connexions(run);
-    auto rs = run.cnx->pont.Ouvrir(
+Statut Lire_Nom_Porteur(Run& run, const std::string& nir, const std::string& cle,
+                        const std::string& date_naissance, const std::string& rang,
+                        std::string& nom, std::string& prenom) {
+    auto rs = Premiere_Ligne(
+        run.bases().pont,
         "SELECT T_InfosCarteVitale.Info_CV_NOM_USG, T_InfosCarteVitale.Info_CV_PRM_USG From "
         "T_InfosCarteVitale WHERE (((T_InfosCarteVitale.Info_CV_NIR_ASS)='" +
-        lit(nir) + "') AND ((T_InfosCarteVitale.Info_CV_CLE_ASS)='" + lit(cle) +
-        "') AND ((T_InfosCarteVitale.Info_CV_NAI_BEN)='" + lit(date_naissance) +
-        "') AND ((T_InfosCarteVitale.Info_CV_BEN_RNG)='" + lit(rang) + "'));");
-    if (!rs || rs->RecordCount() == 0) {
-        return;
+            Texte_SQL(nir) + "') AND ((T_InfosCarteVitale.Info_CV_CLE_ASS)='" + Texte_SQL(cle) +
+            "') AND ((T_InfosCarteVitale.Info_CV_NAI_BEN)='" + Texte_SQL(date_naissance) +
+            "') AND ((T_InfosCarteVitale.Info_CV_BEN_RNG)='" + Texte_SQL(rang) + "'));");
+    if (!rs) {
+        return rs.statut();
     }
-    rs->MoveFirst();
-    nom = rs->champ("Info_CV_NOM_USG").str();
-    prenom = rs->champ("Info_CV_PRM_USG").str();
+    if (!rs->EOF_()) {
+        nom = rs->champ("Info_CV_NOM_USG").str();
+        prenom = rs->champ("Info_CV_PRM_USG").str();
+    }
+    return {};
 }
 
 }  // namespace sv140

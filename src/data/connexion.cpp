@@ -1,23 +1,17 @@
-// The shop's databases over ODBC (unixODBC on Linux, odbc32 on Windows), through the
-// wide-character entry points only.
+// The shop's databases over ODBC (unixODBC on Linux, odbc32 on Windows); how text
+// crosses the driver manager is the platform's (platform/odbc_texte.h).
 #include "data/connexion.h"
-
-#if defined(_WIN32)
-#include <windows.h>
-#endif
-#include <sql.h>
-#include <sqlext.h>
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 
 #include "data/access_sql.h"
 #include "data/texte_sql.h"
-#include "platform/encodage.h"
+#include "platform/odbc_texte.h"
 #include "platform/systeme.h"
+#include "platform/horloge.h"
 
 namespace sv140 {
 namespace {
@@ -32,113 +26,6 @@ SQLHENV environnement() {
     }();
     return env;
 }
-
-// The driver manager's text: on Windows the wide entry points (the Access driver is a
-// wide driver); on Linux the narrow ones, in UTF-8, because the SQLite driver has no
-// wide entry points and the driver manager would squeeze wide text into Latin-1.
-#if defined(_WIN32)
-static_assert(sizeof(SQLWCHAR) == sizeof(char16_t), "ODBC wide characters are UTF-16");
-
-SQLRETURN executer_direct(SQLHSTMT h, std::string_view utf8) {
-    std::u16string s = utf8_vers_utf16(utf8);
-    return SQLExecDirectW(h, reinterpret_cast<SQLWCHAR*>(s.data()),
-                          static_cast<SQLINTEGER>(s.size()));
-}
-
-SQLRETURN connecter_pilote(SQLHDBC dbc, std::string_view chaine) {
-    std::u16string c = utf8_vers_utf16(chaine);
-    SQLWCHAR sortie[1024];
-    SQLSMALLINT longueur = 0;
-    return SQLDriverConnectW(dbc, nullptr, reinterpret_cast<SQLWCHAR*>(c.data()),
-                             static_cast<SQLSMALLINT>(c.size()), sortie, 1024, &longueur,
-                             SQL_DRIVER_NOPROMPT);
-}
-
-std::string nom_colonne(SQLHSTMT h, SQLSMALLINT c) {
-    SQLWCHAR nom[256];
-    SQLSMALLINT longueur = 0, type = 0, decimales = 0, nul = 0;
-    SQLULEN taille = 0;
-    SQLDescribeColW(h, c, nom, 256, &longueur, &type, &taille, &decimales, &nul);
-    // The length can count the bytes of the driver's UTF-8 name rather than its
-    // characters (the SQLite driver under Wine does, for "N°"): the name ends at its NUL.
-    std::u16string texte(reinterpret_cast<const char16_t*>(nom), std::min<int>(longueur, 255));
-    texte.resize(std::min(texte.size(), texte.find(u'\0')));
-    return utf16_vers_utf8(texte);
-}
-
-using Unite = char16_t;
-constexpr SQLSMALLINT kTypeTexte = SQL_C_WCHAR;
-std::string vers_utf8(const std::u16string& s) {
-    return utf16_vers_utf8(s);
-}
-
-std::string diagnostic(SQLSMALLINT type, SQLHANDLE h) {
-    std::string texte;
-    SQLWCHAR etat[6];
-    SQLINTEGER natif = 0;
-    SQLWCHAR message[1024];
-    SQLSMALLINT longueur = 0;
-    for (SQLSMALLINT i = 1;
-         SQLGetDiagRecW(type, h, i, etat, &natif, message, 1024, &longueur) == SQL_SUCCESS; ++i) {
-        if (!texte.empty()) {
-            texte += " ; ";
-        }
-        texte += utf16_vers_utf8(std::u16string(reinterpret_cast<const char16_t*>(etat), 5)) + " " +
-                 utf16_vers_utf8(std::u16string(reinterpret_cast<const char16_t*>(message),
-                                                std::min<std::size_t>(longueur, 1023)));
-    }
-    return texte.empty() ? "erreur ODBC sans diagnostic" : texte;
-}
-#else
-SQLCHAR* u(std::string& s) {
-    return reinterpret_cast<SQLCHAR*>(s.data());
-}
-
-SQLRETURN executer_direct(SQLHSTMT h, std::string_view utf8) {
-    std::string s(utf8);
-    return SQLExecDirect(h, u(s), static_cast<SQLINTEGER>(s.size()));
-}
-
-SQLRETURN connecter_pilote(SQLHDBC dbc, std::string_view chaine) {
-    std::string c(chaine);
-    SQLCHAR sortie[1024];
-    SQLSMALLINT longueur = 0;
-    return SQLDriverConnect(dbc, nullptr, u(c), static_cast<SQLSMALLINT>(c.size()), sortie, 1024,
-                            &longueur, SQL_DRIVER_NOPROMPT);
-}
-
-std::string nom_colonne(SQLHSTMT h, SQLSMALLINT c) {
-    SQLCHAR nom[512];
-    SQLSMALLINT longueur = 0, type = 0, decimales = 0, nul = 0;
-    SQLULEN taille = 0;
-    SQLDescribeCol(h, c, nom, 512, &longueur, &type, &taille, &decimales, &nul);
-    return std::string(reinterpret_cast<const char*>(nom), std::min<int>(longueur, 511));
-}
-
-using Unite = char;
-constexpr SQLSMALLINT kTypeTexte = SQL_C_CHAR;
-std::string vers_utf8(const std::string& s) {
-    return s;
-}
-
-std::string diagnostic(SQLSMALLINT type, SQLHANDLE h) {
-    std::string texte;
-    SQLCHAR etat[6];
-    SQLINTEGER natif = 0;
-    SQLCHAR message[1024];
-    SQLSMALLINT longueur = 0;
-    for (SQLSMALLINT i = 1;
-         SQLGetDiagRec(type, h, i, etat, &natif, message, 1024, &longueur) == SQL_SUCCESS; ++i) {
-        if (!texte.empty()) {
-            texte += " ; ";
-        }
-        texte += std::string(reinterpret_cast<const char*>(etat), 5) + " " +
-                 std::string(reinterpret_cast<const char*>(message),
-                             std::min<std::size_t>(longueur, 1023));
-    }
-    return texte.empty() ? "erreur ODBC sans diagnostic" : texte;
-}
-#endif
 
 // The SQLite driver's names: as registered in the ODBC configuration, then by the
 // library's usual place, for a machine whose driver list was never written.
@@ -165,11 +52,6 @@ bool chemin_transmissible(std::string_view chemin) {
 }
 constexpr const char* kCheminIntransmissible =
     "chemin refusé : les caractères ; { } ne peuvent pas être transmis au pilote ODBC";
-
-std::tm aujourdhui() {
-    std::time_t t = std::time(nullptr);
-    return *std::localtime(&t);
-}
 
 }  // namespace
 
@@ -234,9 +116,9 @@ struct Connexion::Impl {
             erreur = "environnement ODBC indisponible";
             return false;
         }
-        SQLRETURN r = connecter_pilote(dbc, chaine);
+        SQLRETURN r = odbc::connecter(dbc, chaine);
         if (!SQL_SUCCEEDED(r)) {
-            erreur = diagnostic(SQL_HANDLE_DBC, dbc);
+            erreur = odbc::diagnostic(SQL_HANDLE_DBC, dbc);
             SQLFreeHandle(SQL_HANDLE_DBC, dbc);
             dbc = SQL_NULL_HDBC;
             return false;
@@ -245,6 +127,31 @@ struct Connexion::Impl {
         return true;
     }
 };
+
+namespace {
+
+struct Instruction {
+    SQLHSTMT h = SQL_NULL_HSTMT;
+    explicit Instruction(SQLHDBC dbc) { SQLAllocHandle(SQL_HANDLE_STMT, dbc, &h); }
+    ~Instruction() {
+        if (h != SQL_NULL_HSTMT) {
+            SQLFreeHandle(SQL_HANDLE_STMT, h);
+        }
+    }
+};
+
+// A statement run as it is, outside any unit of work (the connection's settings).
+bool reglage(SQLHDBC dbc, std::string_view sql, std::string& erreur) {
+    Instruction st(dbc);
+    const SQLRETURN r = odbc::executer(st.h, sql);
+    if (SQL_SUCCEEDED(r) || r == SQL_NO_DATA) {
+        return true;
+    }
+    erreur = odbc::diagnostic(SQL_HANDLE_STMT, st.h);
+    return false;
+}
+
+}  // namespace
 
 Connexion::Connexion(Journal journal) : journal_(std::move(journal)) {}
 
@@ -259,8 +166,12 @@ void Connexion::journaliser(std::string_view message) {
 }
 
 Moteur Connexion::moteur_du_fichier(const std::string& chemin) {
-    std::ifstream f(std::filesystem::path(std::u8string(chemin.begin(), chemin.end())),
-                    std::ios::binary);
+    const std::filesystem::path p(std::u8string(chemin.begin(), chemin.end()));
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(p, ec)) {
+        return Moteur::Aucun;
+    }
+    std::ifstream f(p, std::ios::binary);
     if (!f) {
         return Moteur::Aucun;
     }
@@ -270,51 +181,57 @@ Moteur Connexion::moteur_du_fichier(const std::string& chemin) {
                                                                                    : Moteur::Access;
 }
 
-bool Connexion::ouvrir(const std::string& chemin) {
+Statut Connexion::ouvrir(const std::string& chemin) {
     fermer();
     chemin_ = chemin;
-    erreur_.clear();
+    refus_.clear();
     Moteur m = moteur_du_fichier(chemin);
     if (!chemin_transmissible(chemin)) {
-        erreur_ = kCheminIntransmissible;
-        m = Moteur::Aucun;
+        refus_ = kCheminIntransmissible;
     } else if (m == Moteur::Aucun) {
-        erreur_ = "base de données introuvable";
-    }
-    if (m == Moteur::Aucun) {
-        journaliser("Connexion impossible : " + chemin + " : " + erreur_);
-        return false;
+        refus_ = dossier_existe(chemin) ? "un dossier porte le nom de la base de données"
+                                        : "base de données introuvable";
     }
     auto impl = std::make_unique<Impl>();
-    bool ok = false;
-    if (m == Moteur::SQLite) {
+    if (refus_.empty() && m == Moteur::SQLite) {
         // NoCreat: a database that vanished between the check and the opening must
         // not come back as an empty file.
         const std::string fichier = chemin_pour_pilote(chemin);
         for (const char* pilote : kPilotesSQLite) {
-            std::string chaine = std::string("DRIVER=") + pilote + ";Database=" + fichier +
-                                 ";NoCreat=1;Timeout=10000;LongNames=0;ShortNames=1;";
-            std::string erreur;
-            if (impl->connecter(chaine, erreur)) {
-                ok = true;
+            refus_.clear();
+            if (impl->connecter(std::string("DRIVER=") + pilote + ";Database=" + fichier +
+                                    ";NoCreat=1;Timeout=5000;LongNames=0;ShortNames=1;",
+                                refus_)) {
                 break;
             }
-            erreur_ = erreur;
         }
-    } else {
-        ok = impl->connecter(std::string("DRIVER=") + kPiloteAccess + ";DBQ=" + chemin + ";",
-                             erreur_);
+        // The journal mode is the file's own and is set outside any transaction. A
+        // file that cannot take it (read-only) is still read; its writes will fail.
+        std::string erreur;
+        if (impl->connectee && !(reglage(impl->dbc, "PRAGMA journal_mode=WAL", erreur) &&
+                                 reglage(impl->dbc, "PRAGMA synchronous=NORMAL", erreur))) {
+            journaliser("Mode WAL refusé : " + chemin + " : " + erreur);
+        }
+    } else if (refus_.empty()) {
+        impl->connecter(std::string("DRIVER=") + kPiloteAccess + ";DBQ=" + chemin + ";", refus_);
     }
-    if (!ok) {
-        journaliser("Connexion impossible : " + chemin + " : " + erreur_);
-        return false;
+    // Without this, each statement would be committed as it runs and no unit of work
+    // could be rolled back.
+    if (impl->connectee &&
+        !SQL_SUCCEEDED(SQLSetConnectAttr(impl->dbc, SQL_ATTR_AUTOCOMMIT,
+                                         reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0))) {
+        refus_ = "transactions refusées par le pilote : " +
+                 odbc::diagnostic(SQL_HANDLE_DBC, impl->dbc);
+        impl->deconnecter();
     }
-    SQLSetConnectAttrW(impl->dbc, SQL_ATTR_AUTOCOMMIT,
-                       reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0);
-    erreur_.clear();
+    if (!impl->connectee) {
+        journaliser("Connexion impossible : " + chemin + " : " + refus_);
+        return Statut::Echec_Base(chemin + " : " + refus_);
+    }
+    refus_.clear();
     impl_ = std::move(impl);
     moteur_ = m;
-    return true;
+    return {};
 }
 
 bool Connexion::ouverte() const {
@@ -326,62 +243,41 @@ void Connexion::fermer() {
     moteur_ = Moteur::Aucun;
 }
 
-namespace {
-
-struct Instruction {
-    SQLHSTMT h = SQL_NULL_HSTMT;
-    explicit Instruction(SQLHDBC dbc) { SQLAllocHandle(SQL_HANDLE_STMT, dbc, &h); }
-    ~Instruction() {
-        if (h != SQL_NULL_HSTMT) {
-            SQLFreeHandle(SQL_HANDLE_STMT, h);
-        }
-    }
-};
-
-}  // namespace
-
-bool Connexion::Execute(std::string_view sql) {
-    if (!ouverte()) {
-        erreur_ = "base non ouverte : " + chemin_;
-        journaliser("Erreur SQL : " + erreur_ + " : " + std::string(sql));
-        return false;
-    }
-    std::string texte =
-        moteur_ == Moteur::SQLite ? Traduire_Access_SQL(sql, aujourdhui()) : std::string(sql);
-    Instruction st(impl_->dbc);
-    SQLRETURN r = executer_direct(st.h, texte);
-    if (r == SQL_NO_DATA || SQL_SUCCEEDED(r)) {
-        erreur_.clear();
-        return true;
-    }
-    erreur_ = diagnostic(SQL_HANDLE_STMT, st.h);
-    journaliser("Erreur SQL : " + erreur_ + " : " + std::string(sql));
-    return false;
+Statut Connexion::echec_instruction(std::string_view raison, std::string_view sql) {
+    journaliser("Erreur SQL : " + chemin_ + " : " + std::string(raison) + " : " + std::string(sql));
+    return Statut::Echec_Base(chemin_ + " : " + std::string(raison));
 }
 
-std::optional<Recordset> Connexion::Ouvrir(std::string_view sql) {
+Statut Connexion::Execute(std::string_view sql) {
     if (!ouverte()) {
-        erreur_ = "base non ouverte : " + chemin_;
-        journaliser("Erreur SQL : " + erreur_ + " : " + std::string(sql));
-        return std::nullopt;
+        return echec_instruction(refus_.empty() ? "base non ouverte" : refus_, sql);
     }
     std::string texte =
-        moteur_ == Moteur::SQLite ? Traduire_Access_SQL(sql, aujourdhui()) : std::string(sql);
+        moteur_ == Moteur::SQLite ? Traduire_Access_SQL(sql, maintenant_local()) : std::string(sql);
     Instruction st(impl_->dbc);
-    SQLRETURN r = executer_direct(st.h, texte);
-    auto echec = [&]() -> std::optional<Recordset> {
-        erreur_ = diagnostic(SQL_HANDLE_STMT, st.h);
-        journaliser("Erreur SQL : " + erreur_ + " : " + std::string(sql));
-        return std::nullopt;
-    };
+    SQLRETURN r = odbc::executer(st.h, texte);
+    if (r == SQL_NO_DATA || SQL_SUCCEEDED(r)) {
+        return {};
+    }
+    return echec_instruction(odbc::diagnostic(SQL_HANDLE_STMT, st.h), sql);
+}
+
+Resultat<Recordset> Connexion::Ouvrir(std::string_view sql) {
+    if (!ouverte()) {
+        return echec_instruction(refus_.empty() ? "base non ouverte" : refus_, sql);
+    }
+    std::string texte =
+        moteur_ == Moteur::SQLite ? Traduire_Access_SQL(sql, maintenant_local()) : std::string(sql);
+    Instruction st(impl_->dbc);
+    SQLRETURN r = odbc::executer(st.h, texte);
     if (!SQL_SUCCEEDED(r) && r != SQL_NO_DATA) {
-        return echec();
+        return echec_instruction(odbc::diagnostic(SQL_HANDLE_STMT, st.h), sql);
     }
     SQLSMALLINT nb = 0;
     SQLNumResultCols(st.h, &nb);
     std::vector<std::string> colonnes;
     for (SQLSMALLINT c = 1; c <= nb; ++c) {
-        colonnes.push_back(nom_colonne(st.h, c));
+        colonnes.push_back(odbc::nom_colonne(st.h, c));
     }
     std::vector<std::vector<Valeur>> lignes;
     while (nb > 0) {
@@ -390,55 +286,32 @@ std::optional<Recordset> Connexion::Ouvrir(std::string_view sql) {
             break;
         }
         if (!SQL_SUCCEEDED(r)) {
-            return echec();
+            return echec_instruction(odbc::diagnostic(SQL_HANDLE_STMT, st.h), sql);
         }
         std::vector<Valeur> ligne;
         for (SQLSMALLINT c = 1; c <= nb; ++c) {
-            std::basic_string<Unite> valeur;
-            bool nulle = false;
-            // Long texts come in pieces; each call returns the next one.
-            for (;;) {
-                Unite morceau[1024];
-                SQLLEN indicateur = 0;
-                r = SQLGetData(st.h, c, kTypeTexte, morceau, sizeof(morceau), &indicateur);
-                if (r == SQL_NO_DATA) {
-                    break;
-                }
-                if (!SQL_SUCCEEDED(r)) {
-                    return echec();
-                }
-                if (indicateur == SQL_NULL_DATA) {
-                    nulle = true;
-                    break;
-                }
-                std::size_t n = (indicateur == SQL_NO_TOTAL ||
-                                 indicateur >= static_cast<SQLLEN>(sizeof(morceau)))
-                                    ? 1023
-                                    : static_cast<std::size_t>(indicateur) / sizeof(Unite);
-                valeur.append(morceau, n);
-                if (r == SQL_SUCCESS) {
-                    break;
-                }
+            std::optional<std::string> valeur;
+            if (!SQL_SUCCEEDED(odbc::lire_texte(st.h, static_cast<SQLUSMALLINT>(c), valeur))) {
+                return echec_instruction(odbc::diagnostic(SQL_HANDLE_STMT, st.h), sql);
             }
-            ligne.push_back(nulle ? Valeur{} : Valeur{vers_utf8(valeur)});
+            ligne.push_back(Valeur{std::move(valeur)});
         }
         lignes.push_back(std::move(ligne));
     }
-    erreur_.clear();
     return Recordset(std::move(colonnes), std::move(lignes));
 }
 
-bool Connexion::valider() {
+Statut Connexion::valider() {
     if (!ouverte()) {
-        return false;
+        return Statut::Echec_Base(chemin_ + " : " + (refus_.empty() ? "base non ouverte" : refus_));
     }
-    SQLRETURN r = SQLEndTran(SQL_HANDLE_DBC, impl_->dbc, SQL_COMMIT);
-    if (!SQL_SUCCEEDED(r)) {
-        erreur_ = diagnostic(SQL_HANDLE_DBC, impl_->dbc);
-        journaliser("Validation impossible : " + chemin_ + " : " + erreur_);
-        return false;
+    if (SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, impl_->dbc, SQL_COMMIT))) {
+        return {};
     }
-    return true;
+    const std::string erreur = odbc::diagnostic(SQL_HANDLE_DBC, impl_->dbc);
+    journaliser("Validation impossible : " + chemin_ + " : " + erreur);
+    annuler();
+    return Statut::Echec_Base(chemin_ + " : " + erreur);
 }
 
 void Connexion::annuler() {
@@ -447,45 +320,31 @@ void Connexion::annuler() {
     }
 }
 
-bool Connexion::point_de_sauvegarde(std::string_view nom) {
-    return Execute("SAVEPOINT " + std::string(nom));
-}
-bool Connexion::liberer(std::string_view nom) {
-    return Execute("RELEASE " + std::string(nom));
-}
-bool Connexion::revenir(std::string_view nom) {
-    return Execute("ROLLBACK TO " + std::string(nom));
-}
-
-bool Connexion::creer_sqlite(const std::string& chemin, std::string& erreur) {
+Statut Connexion::creer_sqlite(const std::string& chemin) {
     if (!chemin_transmissible(chemin)) {
-        erreur = std::string(kCheminIntransmissible) + " : " + chemin;
-        return false;
+        return Statut::Echec(std::string(kCheminIntransmissible) + " : " + chemin);
     }
-    if (moteur_du_fichier(chemin) != Moteur::Aucun) {
-        erreur = "le fichier existe déjà : " + chemin;
-        return false;
+    if (fichier_existe(chemin) || dossier_existe(chemin)) {
+        return Statut::Echec("le fichier existe déjà : " + chemin);
     }
+    std::string erreur = "pilote SQLite introuvable";
     for (const char* pilote : kPilotesSQLite) {
         Impl impl;
-        std::string e;
         if (!impl.connecter(
                 std::string("DRIVER=") + pilote + ";Database=" + chemin_pour_pilote(chemin) + ";",
-                e)) {
-            erreur = e;
+                erreur)) {
             continue;
         }
-        // The header is only written with the first page: give the file one.
-        Instruction st(impl.dbc);
-        SQLRETURN r = executer_direct(st.h, "PRAGMA user_version = 1");
-        if (!SQL_SUCCEEDED(r) && r != SQL_NO_DATA) {
-            erreur = diagnostic(SQL_HANDLE_STMT, st.h);
-            return false;
+        // The header is only written with the first page: give the file one. The
+        // shop's databases are in WAL mode from the start, as the bridge keeps them.
+        if (!reglage(impl.dbc, "PRAGMA user_version = 1", erreur) ||
+            !reglage(impl.dbc, "PRAGMA journal_mode=WAL", erreur)) {
+            return Statut::Echec(chemin + " : " + erreur);
         }
         SQLEndTran(SQL_HANDLE_DBC, impl.dbc, SQL_COMMIT);
-        return true;
+        return {};
     }
-    return false;
+    return Statut::Echec(chemin + " : " + erreur);
 }
 
 }  // namespace sv140

@@ -5,9 +5,15 @@
 // Access driver. A missing file is never created. Statements are written in Access
 // SQL; for SQLite they are rewritten by `Traduire_Access_SQL` before they are sent.
 //
-// A connection works inside one transaction for the whole run: nothing is written to
-// the file before `valider()`, so a run that stops half-way leaves the database as it
-// was. A failing statement changes nothing and leaves the transaction usable.
+// A connection never commits by itself (autocommit is off): what its statements wrote
+// becomes durable only through `valider()`, and `annuler()` or closing drops it, so a run
+// that stops half-way leaves the database as it was. A failing statement changes nothing
+// and leaves the transaction usable. Units of work are made with these two calls, never
+// with SQL savepoints, which the Access driver does not take.
+//
+// On SQLite the connection works in WAL mode with synchronous=NORMAL (every commit
+// survives a killed process, and many small commits stay cheap) and waits 5 seconds for
+// a locked database before the statement fails.
 #pragma once
 
 #include <functional>
@@ -16,6 +22,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tools/statut.h"
 
 namespace sv140 {
 
@@ -65,39 +73,33 @@ class Connexion {
     Connexion(const Connexion&) = delete;
     Connexion& operator=(const Connexion&) = delete;
 
-    /// Opens an existing database file. False (and a log line) when the file is
-    /// missing, unreadable or the driver refuses it.
-    bool ouvrir(const std::string& chemin);
+    /// Opens an existing database file. A failure (also logged) when the file is
+    /// missing, not a file, unreadable, or the driver refuses it; the statements sent
+    /// to a connection that could not be opened then fail with that reason.
+    Statut ouvrir(const std::string& chemin);
     bool ouverte() const;
     Moteur moteur() const { return moteur_; }
     const std::string& chemin() const { return chemin_; }
     void fermer();  // rolls back what was not validated
 
-    /// Runs an insert, update, delete or DDL statement. False (and a log line)
-    /// on failure; the statement then changed nothing.
-    bool Execute(std::string_view sql);
-    /// Runs a query. nullopt (and a log line) on failure.
-    std::optional<Recordset> Ouvrir(std::string_view sql);
+    /// Runs an insert, update, delete or DDL statement. On failure (also logged with
+    /// the statement) the statement changed nothing; the reason names the database.
+    Statut Execute(std::string_view sql);
+    /// Runs a query and reads all its rows. On failure (also logged with the
+    /// statement) the reason names the database.
+    Resultat<Recordset> Ouvrir(std::string_view sql);
 
-    /// Makes the run's writes durable. False (and a log line) on failure.
-    bool valider();
-    /// Drops the writes not yet validated.
+    /// Makes the writes since the last validation durable. On failure (also logged)
+    /// they are rolled back.
+    Statut valider();
+    /// Drops the writes since the last validation.
     void annuler();
-
-    /// A unit of work that fails alone: `revenir` drops what it did since
-    /// `point_de_sauvegarde` without touching what came before.
-    bool point_de_sauvegarde(std::string_view nom);
-    bool liberer(std::string_view nom);
-    bool revenir(std::string_view nom);
-
-    /// Text of the last driver error ("" when the last call succeeded).
-    const std::string& derniere_erreur() const { return erreur_; }
 
     /// The engine a file calls for, by its first 16 bytes (Aucun when missing).
     static Moteur moteur_du_fichier(const std::string& chemin);
     /// Creates a new, empty SQLite database file (for sv140-shop only: the bridge
     /// itself never creates a database). False with `erreur` on failure.
-    static bool creer_sqlite(const std::string& chemin, std::string& erreur);
+    static Statut creer_sqlite(const std::string& chemin);
 
   private:
     struct Impl;
@@ -105,8 +107,9 @@ class Connexion {
     Journal journal_;
     Moteur moteur_ = Moteur::Aucun;
     std::string chemin_;
-    std::string erreur_;
+    std::string refus_;  // why the last opening failed
     void journaliser(std::string_view message);
+    Statut echec_instruction(std::string_view raison, std::string_view sql);
 };
 
 }  // namespace sv140

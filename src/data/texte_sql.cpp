@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "tools/outils.h"
+
 namespace sv140 {
 
 namespace {
@@ -52,10 +54,15 @@ std::string Doubler_Apostrophes(std::optional<std::string>& valeur) {
     return Doubler_Apostrophes(*valeur);
 }
 
-std::string Echapper_Apostrophes(std::string_view valeur) {
+std::string Texte_SQL(std::string_view valeur) {
     std::string sortie(valeur);
     doubler(sortie, '\'');
     return sortie;
+}
+
+std::string Texte_Hote_SQL(std::string_view valeur) {
+    std::string copie(valeur);
+    return Doubler_Apostrophes(copie);
 }
 
 double Val(std::string_view brut) {
@@ -134,6 +141,14 @@ std::string Nombre_SQL(double valeur) {
         return "0";
     }
     return std::string(tampon, fin);
+}
+
+std::string Nombre_SQL(std::string_view texte) {
+    return Nombre_SQL(Val(texte));
+}
+
+std::string Date_SQL(const std::tm& t) {
+    return "#" + Format_Date(t, "%m-%d-%Y %H:%M:%S") + "#";
 }
 
 std::string Trim(std::string_view texte) {

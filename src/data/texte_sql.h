@@ -1,6 +1,7 @@
 // Values written into SQL statements, and the numeric reading of texts.
 #pragma once
 
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,9 +14,13 @@ namespace sv140 {
 std::string Doubler_Apostrophes(std::string& valeur);
 std::string Doubler_Apostrophes(std::optional<std::string>& valeur);
 
-/// Single quotes doubled only: for text written between single quotes that is not
-/// passed through Doubler_Apostrophes (so that no value breaks out of its literal).
-std::string Echapper_Apostrophes(std::string_view valeur);
+/// Text written between single quotes that the host does not pass through
+/// Doubler_Apostrophes: its single quotes doubled, so that it never breaks out of its
+/// literal.
+std::string Texte_SQL(std::string_view valeur);
+/// Text written between single quotes after Doubler_Apostrophes (the fields the host
+/// always stored so), without changing the caller's value.
+std::string Texte_Hote_SQL(std::string_view valeur);
 
 /// The numeric value of a text, as the host reads it: blanks, tabs and line ends are
 /// ignored wherever they stand, then an optional sign, digits, a decimal point and an
@@ -26,6 +31,12 @@ double Val(std::string_view texte);
 /// A number written bare into a statement: whole numbers without a decimal point,
 /// others with '.' and no exponent.
 std::string Nombre_SQL(double valeur);
+/// The numeric value of a text, written bare: a value written bare is always a number,
+/// never raw text.
+std::string Nombre_SQL(std::string_view texte);
+
+/// The date literal "#mm-dd-yyyy hh:mm:ss#".
+std::string Date_SQL(const std::tm& t);
 
 /// Leading and trailing blanks removed (blanks only, as the host's Trim does).
 std::string Trim(std::string_view texte);

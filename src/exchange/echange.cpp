@@ -6,8 +6,10 @@
 
 #include "data/parametres.h"
 #include "data/texte_sql.h"
+#include "exchange/document.h"
+#include "exchange/fichiers.h"
 #include "exchange/requete.h"
-#include "main/run.h"
+#include "exchange/run.h"
 #include "platform/intergiciel.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
@@ -15,8 +17,8 @@
 namespace sv140 {
 namespace {
 
-constexpr const char* kReponse = "ZEMO_SvResponse.xml";
-constexpr const char* kRequete = "ZEMO_SvRequest.xml";
+using fichiers::kReponse;
+using fichiers::kRequete;
 
 // An answer buffer is never larger than this, whatever size an error text claims.
 constexpr long kTailleMaximale = 64L * 1024 * 1024;
@@ -57,8 +59,9 @@ long Taille_Tampon(double taille) {
     return taille > kTailleMaximale ? kTailleMaximale : static_cast<long>(taille);
 }
 
-void Reponse_Illisible(Run& run, std::string_view appelant) {
-    Reponse_Erreur(run, "99", "Impossible de lire ZEMO_SvResponse.xml", appelant);
+Statut Fonction_Non_Disponible(Run& run) {
+    Reponse_Erreur(run, "99", "Fonction non disponible", run.F_Appel);
+    return {};
 }
 
 bool Envoyer_Requete(Run& run, std::string_view operation, long taille) {
@@ -66,7 +69,8 @@ bool Envoyer_Requete(Run& run, std::string_view operation, long taille) {
     std::string octets;
     if (!fichier_existe(chemin) || !lire_fichier(chemin, octets)) {
         Reponse_Erreur(run, "1", "Requete XML Non trouvée", operation);
-        throw FinBrutale{"requête introuvable : " + chemin};
+        run.interruption = "requête introuvable : " + chemin;
+        return false;
     }
     // The middleware receives the document's lines, each ended by CR LF.
     std::string texte;
@@ -89,7 +93,10 @@ bool Envoyer_Requete(Run& run, std::string_view operation, long taille) {
 
 bool Executer_ZR(Run& run, const std::string& requete, long taille) {
     if (taille == 0) {
-        taille = Lire_Taille_Buffer(run);
+        // A read of its own, ended before the call: no transaction stays open while
+        // the middleware works.
+        UniteDeTravail lecture(run.bases());
+        taille = Taille_Tampon(Lire_Taille_Buffer(run.bases()));
     }
     if (long bornee = Taille_Tampon(static_cast<double>(taille)); bornee != taille) {
         run.log("Taille de tampon ramenée de " + std::to_string(taille) + " à " +
@@ -156,7 +163,7 @@ bool lire_reponse(Run& run, int essai) {
         run.ui->MsgBox("Le fichier : " + chemin +
                            "\r\nnon présent ! Veuillez réessayer dans quelques instants",
                        "Reponse", Icone::Critique);
-        Reponse_Illisible(run, run.F_Appel);
+        Reponse_Erreur(run, "99", "Impossible de lire ZEMO_SvResponse.xml", run.F_Appel);
         return false;
     }
     XmlDocument doc;
@@ -165,11 +172,10 @@ bool lire_reponse(Run& run, int essai) {
         // reports the unreadable answer under its name.
         run.log("Réponse illisible : " + doc.erreur());
     }
-    std::string code, libelle;
-    for (const XmlNoeud& r : doc.selectionner("/ZRMESSAGE/resultat")) {
-        code = r.texte_de("codeErreur");
-        libelle = r.texte_de("libelleErreur");
-    }
+    Champs resultat{"codeErreur", "libelleErreur"};
+    resultat.lire(doc, "/ZRMESSAGE/resultat");
+    std::string code = resultat("codeErreur");
+    const std::string& libelle = resultat("libelleErreur");
     run.log("Code Erreur Reponse : " + code);
     double valeur = Val(code);
     if (valeur <= 0) {
@@ -191,9 +197,12 @@ bool lire_reponse(Run& run, int essai) {
                 std::nearbyint(Val(std::string_view(libelle).substr(attendue + 9)) * 1.1);
             taille = attendu >= 1 ? Taille_Tampon(attendu) : 0;
         }
-        Requete_f_RecupMessage(run, run.F_Appel);
+        (void)Requete_f_RecupMessage(run, run.F_Appel);
         run.log("F_Appel : " + run.F_Appel + " Buffer : " + std::to_string(taille));
         Envoyer_Requete(run, run.F_Appel, taille + 1);
+        if (run.interruption) {
+            return false;
+        }
         bool retour = lire_reponse(run, essai + 1);
         run.log(std::string("Retour reponse suite code 271 : ") + (retour ? "True" : "False"));
         return retour;

@@ -5,19 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "tools/statut.h"
+
 namespace sv140 {
 
 struct Run;
 
-/// Ends the run at once, before the archive and the copy of the answer for the host
-/// (the request file vanished under the bridge).
-struct FinBrutale {
-    std::string raison;
-};
-
 /// Sends ZEMO_SvRequest.xml to the middleware and writes its answer to
-/// ZEMO_SvResponse.xml. `taille` 0 means the configured buffer size. Throws
-/// FinBrutale when the request file is missing (after the code 1 error response).
+/// ZEMO_SvResponse.xml. `taille` 0 means the configured buffer size. When the request
+/// file is missing, writes the code 1 error response and sets `run.interruption`: the
+/// run then ends before the archive and the copy for the host.
 bool Envoyer_Requete(Run& run, std::string_view operation, long taille);
 /// One middleware call with a request text in Windows-1252.
 bool Executer_ZR(Run& run, const std::string& requete, long taille);
@@ -36,7 +33,8 @@ bool Lire_Reponse(Run& run);
 /// at least 1, at most 64 MiB, so that no stored or received value can ask for more.
 long Taille_Tampon(double taille);
 
-/// "Impossible de lire ZEMO_SvResponse.xml" under `appelant`, code 99.
-void Reponse_Illisible(Run& run, std::string_view appelant);
+/// The operations this bridge does not perform yet: code 99 "Fonction non disponible",
+/// and the middleware is not called.
+Statut Fonction_Non_Disponible(Run& run);
 
 }  // namespace sv140

@@ -2,7 +2,10 @@
 #include "exchange/requete.h"
 
 #include "data/parametres.h"
-#include "main/run.h"
+#include "exchange/echange.h"
+#include "exchange/fichiers.h"
+#include "exchange/run.h"
+#include "platform/horloge.h"
 #include "tools/outils.h"
 
 namespace sv140 {
@@ -14,70 +17,75 @@ Requete::Requete(std::string_view operation, std::string_view versionMessage) {
     operation_.ajouter("versionMessage", versionMessage);
 }
 
-bool Requete::ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) {
-    std::string idNat, idFac, numSitu;
-    bool lus = Lire_Identifiants_PS(run, idNat, idFac, numSitu);
-    XmlNoeud ps = operation_.ajouter("PS");
-    ps.ajouter("idNat", idNat);
-    ps.ajouter("idFac", idFac);
+Statut Requete::ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) {
+    IdentifiantsPS ps;
+    Statut lus = Lire_Identifiants_PS(run.bases(), ps);
+    if (!lus) {
+        Reponse_Erreur(run, "99", lus.raison(), "f_InitialisationPS");
+        lus = Statut::Deja_Repondu(lus.raison());
+    }
+    XmlNoeud bloc = operation_.ajouter("PS");
+    bloc.ajouter("idNat", ps.idNat);
+    bloc.ajouter("idFac", ps.idFac);
     if (avec_numSitu) {
-        ps.ajouter("numSitu", numSitu);
+        bloc.ajouter("numSitu", ps.numSitu);
     }
     if (avec_motDePasse) {
-        ps.ajouter("motDePasse", idNat);
+        bloc.ajouter("motDePasse", ps.idNat);
     }
     return lus;
 }
 
-bool Requete::enregistrer(Run& run) const {
-    std::string chemin = run.fichier("ZEMO_SvRequest.xml");
+Statut Requete::enregistrer(Run& run) const {
+    std::string chemin = run.fichier(fichiers::kRequete);
     if (!doc_.enregistrer(chemin)) {
-        run.log("Impossible d'écrire la requête " + chemin);
-        return false;
+        return Statut::Echec("Impossible d'écrire la requête " + chemin);
     }
-    return true;
+    return {};
 }
 
-void Requete_f_LireCVitale(Run& run) {
+Statut Requete_f_LireCVitale(Run& run) {
     Requete r("f_LireCVitale");
-    r.operation().ajouter("dateLecture", Format_Date(Maintenant(), "%Y%m%d"));
-    r.enregistrer(run);
+    r.operation().ajouter("dateLecture", Format_Date(maintenant_local(), "%Y%m%d"));
+    return r.enregistrer(run);
 }
 
-void Requete_f_InitialisationPS(Run& run) {
+// The professional requests go out even without the professional's data, with empty
+// identifiers: the middleware's answer then tells the host what is missing.
+Statut Requete_f_InitialisationPS(Run& run) {
     Requete r("f_InitialisationPS");
-    r.ajouter_PS(run, true, true);
-    r.enregistrer(run);
+    (void)r.ajouter_PS(run, true, true);
+    return r.enregistrer(run);
 }
 
-void Requete_f_LireVersion(Run& run) {
-    Requete("f_LireVersion").enregistrer(run);
+Statut Requete_f_LireVersion(Run& run) {
+    return Requete("f_LireVersion").enregistrer(run);
 }
 
-void Requete_f_MaJVersion(Run& run) {
+Statut Requete_f_MaJVersion(Run& run) {
     Requete r("f_MaJVersion");
-    r.ajouter_PS(run, true, false);
-    r.enregistrer(run);
+    (void)r.ajouter_PS(run, true, false);
+    return r.enregistrer(run);
 }
 
-void Requete_f_MettreAJourCV(Run& run) {
-    Requete("f_MettreAJourCV").enregistrer(run);
+Statut Requete_f_MettreAJourCV(Run& run) {
+    return Requete("f_MettreAJourCV").enregistrer(run);
 }
 
-void Requete_f_LireCPS(Run& run) {
-    Requete("f_LireCPS").enregistrer(run);
+Statut Requete_f_LireCPS(Run& run) {
+    return Requete("f_LireCPS").enregistrer(run);
 }
 
-void Requete_f_ListerFactures(Run& run) {
+Statut Requete_f_ListerFactures(Run& run) {
     Requete r("f_ListerFactures");
-    r.ajouter_PS(run, false, false);
-    r.enregistrer(run);
+    (void)r.ajouter_PS(run, false, false);
+    return r.enregistrer(run);
 }
 
-void Requete_f_RecupMessage(Run& run, std::string_view ordreEnErreur) {
+Statut Requete_f_RecupMessage(Run& run, std::string_view ordreEnErreur) {
     Requete r("f_RecupMessage");
     r.operation().ajouter("ordreEnErreur", ordreEnErreur);
-    r.enregistrer(run);
+    return r.enregistrer(run);
 }
 
 }  // namespace sv140

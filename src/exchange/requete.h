@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/xml.h"
+#include "tools/statut.h"
 
 namespace sv140 {
 
@@ -18,24 +19,26 @@ class Requete {
     XmlNoeud& operation() { return operation_; }
     /// Appends the professional block PS from Lire_Identifiants_PS. The block is
     /// written even when the identifiers could not be read, with what was found; the
-    /// result says whether they were (false: the code 99 answer is already written).
-    bool ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse);
+    /// failure says so, its code 99 answer already written.
+    Statut ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse);
     /// Saves ZEMO_SvRequest.xml in the program folder.
-    bool enregistrer(Run& run) const;
+    Statut enregistrer(Run& run) const;
 
   private:
     XmlDocument doc_;
     XmlNoeud operation_;
 };
 
-void Requete_f_LireCVitale(Run& run);
-void Requete_f_InitialisationPS(Run& run);
-void Requete_f_LireVersion(Run& run);
-void Requete_f_MaJVersion(Run& run);
-void Requete_f_MettreAJourCV(Run& run);
-void Requete_f_LireCPS(Run& run);
-void Requete_f_ListerFactures(Run& run);
+// The requests of the card slice, each saved as ZEMO_SvRequest.xml; a failure when it
+// could not be saved.
+Statut Requete_f_LireCVitale(Run& run);
+Statut Requete_f_InitialisationPS(Run& run);
+Statut Requete_f_LireVersion(Run& run);
+Statut Requete_f_MaJVersion(Run& run);
+Statut Requete_f_MettreAJourCV(Run& run);
+Statut Requete_f_LireCPS(Run& run);
+Statut Requete_f_ListerFactures(Run& run);
 /// The message-recovery request for an answer that did not fit in the buffer.
-void Requete_f_RecupMessage(Run& run, std::string_view ordreEnErreur);
+Statut Requete_f_RecupMessage(Run& run, std::string_view ordreEnErreur);
 
 }  // namespace sv140

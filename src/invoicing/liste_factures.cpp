@@ -1,26 +1,18 @@
-#include "data/texte_sql.h"
-#include "exchange/echange.h"
+#include "exchange/document.h"
+#include "exchange/run.h"
 #include "invoicing/factures.h"
-#include "main/run.h"
-#include "platform/xml.h"
 
 namespace sv140 {
 
-bool Lire_Liste_Factures(Run& run) {
-    XmlDocument doc;
-    if (!doc.charger_fichier(run.fichier("ZEMO_SvResponse.xml"))) {
-        // The list shares its error answer with the lot sending.
-        Reponse_Illisible(run, "f_EnvoyerToutesFactures");
-        return false;
+Statut Lire_Liste_Factures(Run& run) {
+    // The list shares its error answer with the lot sending.
+    auto doc = Charger_Reponse(run, "f_EnvoyerToutesFactures");
+    if (!doc) {
+        return Statut::Deja_Repondu("réponse illisible");
     }
-    for (const XmlNoeud& r : doc.selectionner("/ZRMESSAGE/resultat")) {
-        if (Val(r.texte_de("codeErreur")) > 0) {
-            return false;
-        }
-    }
-    auto numeros = doc.selectionner("/ZRMESSAGE/resultat/donnees/listeFacture/numeroFacture");
+    auto numeros = doc->selectionner("/ZRMESSAGE/resultat/donnees/listeFacture/numeroFacture");
     run.log("Factures listées : " + std::to_string(numeros.size()));
-    return true;
+    return {};
 }
 
 }  // namespace sv140

@@ -1,17 +1,18 @@
 #include "main/dispatch.h"
 
-#include <functional>
+#include <span>
 #include <string_view>
 
 #include "cards/cartes.h"
-#include "data/parametres.h"
 #include "exchange/echange.h"
-#include "exchange/requete.h"
+#include "exchange/fichiers.h"
+#include "exchange/run.h"
 #include "invoicing/factures.h"
-#include "main/run.h"
 #include "platform/encodage.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
+#include "scan/scan.h"
+#include "scor/scor.h"
 #include "tools/outils.h"
 
 namespace sv140 {
@@ -28,137 +29,58 @@ constexpr const char* kTemporaireDeveloppeur = "/opt/Belvane_Classic/Temporaire.
 constexpr const char* kFrontalDeveloppeur = "/opt/Belvane_Classic/Belvane_Classic.accdb";
 #endif
 
-// Invoicing and SCOR operations that this bridge does not perform yet: the host gets
-// a clear answer and the middleware is not called.
-void Fonction_Non_Disponible(Run& run) {
-    Reponse_Erreur(run, "99", "Fonction non disponible", run.F_Appel);
-}
-
-enum class Suite { Envoyer, Verifier };
-
-// A request phase returns false when nothing may be sent: it wrote the answer itself.
-struct LigneRequete {
-    std::string_view nom;
-    std::function<bool(Run&)> requete;
-    Suite suite;
-};
-
-std::function<bool(Run&)> ecrit(void (*constructeur)(Run&)) {
-    return [constructeur](Run& run) {
-        constructeur(run);
-        return true;
-    };
-}
-
-const std::vector<LigneRequete>& table_requetes() {
-    static const std::vector<LigneRequete> table = {
-        {"f_LireCVitale", ecrit(Requete_f_LireCVitale), Suite::Envoyer},
-        {"f_LireCPS", ecrit(Requete_f_LireCPS), Suite::Envoyer},
-        {"f_InitialisationPS", ecrit(Requete_f_InitialisationPS), Suite::Envoyer},
-        {"f_LireVersion", ecrit(Requete_f_LireVersion), Suite::Envoyer},
-        {"f_MaJVersion", ecrit(Requete_f_MaJVersion), Suite::Envoyer},
-        {"f_MettreAJourIdEtc",
-         [](Run& r) {
-             Stocker_Carte_Vitale(r);
-             return true;
-         },
-         Suite::Verifier},
-        {"f_CreerFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_SupprimerFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_LireFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_EnvoyerToutesFactures", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_LireInfosRetourFacture", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_LireInfosComplementaire", Requete_f_LireInfosComplementaire, Suite::Envoyer},
-        {"f_MettreAJourCV", ecrit(Requete_f_MettreAJourCV), Suite::Envoyer},
-        {"f_ListerFactures", ecrit(Requete_f_ListerFactures), Suite::Envoyer},
-        {"f_Scor",
-         [](Run& r) {
-             r.log("Lancement SCOR");
-             Fonction_Non_Disponible(r);
-             return true;
-         },
-         Suite::Verifier},
-        {"f_deldctsSCOR", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_TransfertPJ", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_TransfertPJ_unique", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_LireInfosRetourPJ", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_mettreajourStatut", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_Ordo", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_ControlePJ", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"f_infosSV", ecrit(Fonction_Non_Disponible), Suite::Verifier},
-        {"retour_f_EnvoyerToutesFacturestest", [](Run&) { return true; }, Suite::Verifier},
-    };
-    return table;
-}
-
-struct LigneReponse {
-    std::string_view nom;
-    std::function<void(Run&)> reponse;
-};
-
-void rien(Run&) {}
-
-const std::vector<LigneReponse>& table_reponses() {
-    static const std::vector<LigneReponse> table = {
-        {"f_LireCVitale", [](Run& r) { Stocker_Liste_Beneficiaires(r); }},
-        {"f_LireCPS", [](Run& r) { Stocker_CPS(r); }},
-        {"f_InitialisationPS", rien},
-        {"f_LireVersion", [](Run& r) { Stocker_Version(r); }},
-        {"f_MaJVersion", rien},
-        {"f_MettreAJourIdEtc", rien},
-        {"f_CreerFacture", Fonction_Non_Disponible},
-        {"f_ListerFactures", [](Run& r) { Lire_Liste_Factures(r); }},
-        {"f_SupprimerFacture", Fonction_Non_Disponible},
-        {"f_LireFacture", rien},
-        {"f_LireInfosRetourFacture", Fonction_Non_Disponible},
-        {"f_EnvoyerToutesFactures", Fonction_Non_Disponible},
-        {"f_LireInfosComplementaire", Conserver_Echange_AMC},
-        {"retour_f_EnvoyerToutesFacturestest", Fonction_Non_Disponible},
-        {"f_Scor", Fonction_Non_Disponible},
-        {"f_TransfertPJ", rien},
-        {"f_TransfertPJ_unique", rien},
-        {"f_ControlePJ", rien},
-        {"f_mettreajourStatut", rien},
-        {"f_deldctsSCOR", rien},
-        {"f_LireInfosRetourPJ", rien},
-        {"f_Ordo", rien},
-        {"f_infosSV", rien},
-    };
-    return table;
+// A step's unit of work ends with it: committed when the step succeeded; rolled back
+// when it failed, and then the host is answered 99 under the operation's name, unless
+// the step answered itself (an unreadable document, missing professional data).
+Statut conclure(Run& run, std::string_view phase, Statut etape) {
+    UniteDeTravail unite(*run.cnx);
+    if (etape) {
+        etape = unite.valider();
+    }
+    if (etape) {
+        return etape;
+    }
+    unite.annuler();
+    run.log("Échec " + std::string(phase) + " de " + run.F_Appel + " : " + etape.raison());
+    if (!etape.repondu()) {
+        Reponse_Erreur(run, "99",
+                       etape.base() ? "Les données n'ont pas été enregistrées : " + etape.raison()
+                                    : etape.raison(),
+                       run.F_Appel);
+    }
+    return etape;
 }
 
 void phase_requete(Run& run) {
-    for (const LigneRequete& l : table_requetes()) {
-        if (l.nom == run.F_Appel) {
-            if (l.suite == Suite::Envoyer) {
-                // Neither a request nor an answer left by an earlier run may stand for
-                // this one: a step that writes neither leaves the check a missing answer.
-                supprimer_fichier(run.fichier("ZEMO_SvRequest.xml"));
-                supprimer_fichier(run.fichier("ZEMO_SvResponse.xml"));
-            }
-            if (l.requete(run) && l.suite == Suite::Envoyer) {
-                Envoyer_Requete(run, run.F_Appel, 0);
-            }
-            return;
-        }
+    const Operation* op = Trouver_Operation(run.F_Appel);
+    if (op == nullptr) {
+        run.ui->MsgBox(run.Chaine_Command + " -*- " + run.F_Appel + " -*- " + run.Chemin +
+                       " -*- " + run.troisieme_mot);
+        return;
     }
-    run.ui->MsgBox(run.Chaine_Command + " -*- " + run.F_Appel + " -*- " + run.Chemin + " -*- " +
-                   run.troisieme_mot);
+    if (op->suite == Suite::Envoyer) {
+        // Neither a request nor an answer left by an earlier run may stand for this
+        // one: a step that writes neither leaves the check a missing answer.
+        supprimer_fichier(run.fichier(fichiers::kRequete));
+        supprimer_fichier(run.fichier(fichiers::kReponse));
+    }
+    // Committed before the middleware is called: no transaction stays open while the
+    // bridge waits for another program.
+    const Statut s = conclure(run, "de la requête", op->requete ? op->requete(run) : Statut());
+    if (s && op->suite == Suite::Envoyer) {
+        Envoyer_Requete(run, run.F_Appel, 0);
+    }
 }
 
 void phase_reponse(Run& run) {
-    if (run.F_Appel == "f_MettreAJourCV") {
-        // The card update has no store step: the host is told it went through.
-        run.ui->MsgBox("f_MettreAJourCV");
+    const Operation* op = Trouver_Operation(run.F_Appel);
+    if (op == nullptr || !op->reponse) {
+        run.ui->MsgBox(run.F_Appel);
         return;
     }
-    for (const LigneReponse& l : table_reponses()) {
-        if (l.nom == run.F_Appel) {
-            l.reponse(run);
-            return;
-        }
+    if (*op->reponse) {
+        (void)conclure(run, "de l'enregistrement", (*op->reponse)(run));
     }
-    run.ui->MsgBox(run.F_Appel);
 }
 
 }  // namespace
@@ -200,7 +122,79 @@ void Decouper_Ligne_Commande(Run& run, const std::string& ligne) {
     }
 }
 
-void Executer_Run(Run& run, const std::string& ligne) {
+const std::vector<std::string_view>& Ordre_Requetes() {
+    static const std::vector<std::string_view> ordre = {
+        "f_LireCVitale",
+        "f_LireCPS",
+        "f_InitialisationPS",
+        "f_LireVersion",
+        "f_MaJVersion",
+        "f_MettreAJourIdEtc",
+        "f_CreerFacture",
+        "f_SupprimerFacture",
+        "f_LireFacture",
+        "f_EnvoyerToutesFactures",
+        "f_LireInfosRetourFacture",
+        "f_LireInfosComplementaire",
+        "f_MettreAJourCV",
+        "f_ListerFactures",
+        "f_Scor",
+        "f_deldctsSCOR",
+        "f_TransfertPJ",
+        "f_TransfertPJ_unique",
+        "f_LireInfosRetourPJ",
+        "f_mettreajourStatut",
+        "f_Ordo",
+        "f_ControlePJ",
+        "f_infosSV",
+        "retour_f_EnvoyerToutesFacturestest",
+    };
+    return ordre;
+}
+
+const std::vector<std::string_view>& Ordre_Reponses() {
+    // f_MettreAJourCV has no row here: the optician is shown its name.
+    static const std::vector<std::string_view> ordre = {
+        "f_LireCVitale",
+        "f_LireCPS",
+        "f_InitialisationPS",
+        "f_LireVersion",
+        "f_MaJVersion",
+        "f_MettreAJourIdEtc",
+        "f_CreerFacture",
+        "f_ListerFactures",
+        "f_SupprimerFacture",
+        "f_LireFacture",
+        "f_LireInfosRetourFacture",
+        "f_EnvoyerToutesFactures",
+        "f_LireInfosComplementaire",
+        "retour_f_EnvoyerToutesFacturestest",
+        "f_Scor",
+        "f_TransfertPJ",
+        "f_TransfertPJ_unique",
+        "f_ControlePJ",
+        "f_mettreajourStatut",
+        "f_deldctsSCOR",
+        "f_LireInfosRetourPJ",
+        "f_Ordo",
+        "f_infosSV",
+    };
+    return ordre;
+}
+
+const Operation* Trouver_Operation(std::string_view nom) {
+    for (std::span<const Operation> sous_systeme :
+         {Operations_Cartes(), Operations_Facturation(), Operations_Scor(), Operations_Scan()}) {
+        for (const Operation& op : sous_systeme) {
+            if (op.nom == nom) {
+                return &op;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool Executer_Run(Run& run, const std::string& ligne) {
     run.log("Chaine_Command : " + ligne);
     run.log("Decomposition Chaine : " + Decomposition(ligne));
     Decouper_Ligne_Commande(run, ligne);
@@ -209,24 +203,28 @@ void Executer_Run(Run& run, const std::string& ligne) {
     run.log("DB_sv : " + run.DB_sv);
 
     phase_requete(run);
+    if (run.interruption) {
+        return false;
+    }
     run.Retour_Reponse = Lire_Reponse(run);
+    if (run.interruption) {
+        return false;
+    }
     run.log(std::string("Retour_Reponse : ") + (run.Retour_Reponse ? "True" : "False"));
     if (run.Retour_Reponse) {
         phase_reponse(run);
     }
-    if (!Valider_Connexions(run)) {
-        run.log("Les écritures de cette opération n'ont pas toutes pu être enregistrées");
-    }
 
-    Archiver_Echange(run, run.F_Appel, run.Chemin);
+    const std::string reponse = run.fichier(fichiers::kReponse);
+    Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete), reponse);
     // The archive keeps what the middleware said; the host always gets a document it
     // can read.
-    XmlDocument reponse;
-    if (fichier_existe(run.fichier("ZEMO_SvResponse.xml")) &&
-        !reponse.charger_fichier(run.fichier("ZEMO_SvResponse.xml"))) {
-        Reponse_Illisible(run, run.F_Appel);
+    XmlDocument doc;
+    if (fichier_existe(reponse) && !doc.charger_fichier(reponse)) {
+        Reponse_Erreur(run, "99", "Impossible de lire ZEMO_SvResponse.xml", run.F_Appel);
     }
-    Copier_Fichier(run.fichier("ZEMO_SvResponse.xml"), run.fichier("ZEMO_Response.xml"), true);
+    Copier_Fichier(reponse, run.fichier(fichiers::kReponseHote), true);
+    return true;
 }
 
 }  // namespace sv140

@@ -4,8 +4,9 @@
 #include <iostream>
 
 #include "exchange/echange.h"
+#include "exchange/fichiers.h"
+#include "exchange/run.h"
 #include "main/dispatch.h"
-#include "main/run.h"
 #include "platform/systeme.h"
 #include "tools/outils.h"
 
@@ -27,19 +28,20 @@ int main(int argc, char** argv) {
     Vider_Log(dossier);
     Run run = nouveau_run(dossier);
     try {
-        Executer_Run(run, ligne_de_commande(argc, argv));
-    } catch (const FinBrutale& fin) {
-        // Nothing more can be done for the host: the run ends here, its writes dropped.
-        run.log("Fin de l'opération : " + fin.raison);
-        std::cerr << "sv140 : " << fin.raison << "\n";
-        return 1;
+        if (!Executer_Run(run, ligne_de_commande(argc, argv))) {
+            // Nothing more can be done for the host: the run ends here.
+            run.log("Fin de l'opération : " + run.interruption.value_or(""));
+            std::cerr << "sv140 : " << run.interruption.value_or("") << "\n";
+            return 1;
+        }
     } catch (const std::exception& e) {
-        // The host still gets an answer that says the operation failed.
+        // The host still gets an answer that says the operation failed; what the run
+        // had not committed is rolled back with its connections.
         std::string message = std::string("Erreur inattendue : ") + e.what();
         run.log(message);
         std::cerr << "sv140 : " << message << "\n";
         Reponse_Erreur(run, "99", message, run.F_Appel);
-        Copier_Fichier(run.fichier("ZEMO_SvResponse.xml"), run.fichier("ZEMO_Response.xml"), true);
+        Copier_Fichier(run.fichier(fichiers::kReponse), run.fichier(fichiers::kReponseHote), true);
         return 1;
     }
     return 0;

@@ -2,11 +2,10 @@
 // run-and-wait.
 #include "tools/outils.h"
 
-#include <chrono>
-
-#include "main/run.h"
 #include "platform/encodage.h"
+#include "platform/horloge.h"
 #include "platform/systeme.h"
+#include "platform/ui.h"
 
 namespace sv140 {
 
@@ -26,17 +25,6 @@ void ajouter_zone(std::string& ligne, const std::string& item) {
 }
 
 }  // namespace
-
-std::tm Maintenant() {
-    std::time_t maintenant = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm t{};
-#if defined(_WIN32)
-    localtime_s(&t, &maintenant);
-#else
-    localtime_r(&maintenant, &t);
-#endif
-    return t;
-}
 
 std::string Format_Date(const std::tm& t, const char* format) {
     std::string texte(64, '\0');
@@ -62,7 +50,7 @@ std::string Ligne_Log(const std::tm& t, std::string_view message) {
 void Ecrire_Log(const std::string& dossier_programme, std::string_view message) {
     // A log that cannot be written must never stop a run.
     try {
-        std::string ligne = Ligne_Log(Maintenant(), message);
+        std::string ligne = Ligne_Log(maintenant_local(), message);
 #if defined(_WIN32)
         // The support staff read the log in Notepad: the ANSI code page, CR LF lines.
         ligne = utf8_vers_cp1252(ligne) + "\r\n";
@@ -78,14 +66,13 @@ void Vider_Log(const std::string& dossier_programme) {
     ecrire_fichier(joindre(dossier_programme, kFichierLog), "");
 }
 
-void Archiver_Echange(Run& run, std::string_view operation, std::string_view dossier_donnees) {
-    const std::tm t = Maintenant();
+void Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,
+                      const std::string& requete, const std::string& reponse) {
+    const std::tm t = maintenant_local();
 
     const std::string racine = joindre(dossier_donnees, "Sv140");
     if (!dossier_existe(racine)) {
-        if (run.ui) {
-            run.ui->MsgBox("Le répertoire n'existe pas");
-        }
+        ui.MsgBox("Le répertoire n'existe pas");
         creer_dossier(racine);
     }
     const std::string mois = joindre(racine, Format_Date(t, "%Y%m"));
@@ -96,13 +83,12 @@ void Archiver_Echange(Run& run, std::string_view operation, std::string_view dos
     const std::string suffixe = std::string(operation) + "_" + Format_Date(t, "%Y%m%d") + "_" +
                                 Format_Date(t, "%H%M%S") + ".xml";
     const struct {
-        const char* fichier;
+        const std::string& fichier;
         const char* prefixe;
-    } copies[] = {{"ZEMO_SvResponse.xml", "RSP_"}, {"ZEMO_SvRequest.xml", "REQ_"}};
+    } copies[] = {{reponse, "RSP_"}, {requete, "REQ_"}};
     for (const auto& copie : copies) {
-        const std::string source = run.fichier(copie.fichier);
-        if (fichier_existe(source)) {
-            Copier_Fichier(source, joindre(mois, copie.prefixe + suffixe), true);
+        if (fichier_existe(copie.fichier)) {
+            Copier_Fichier(copie.fichier, joindre(mois, copie.prefixe + suffixe), true);
         }
     }
 }
@@ -113,10 +99,6 @@ bool Copier_Fichier(const std::string& source, const std::string& destination, b
         return false;
     }
     return copier_fichier_systeme(source, destination, !ecraser);
-}
-
-std::string Date_SQL(const std::tm& t) {
-    return "#" + Format_Date(t, "%m-%d-%Y %H:%M:%S") + "#";
 }
 
 void Lancer_Et_Attendre(const std::string& ligne) {

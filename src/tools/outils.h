@@ -8,10 +8,8 @@
 
 namespace sv140 {
 
-struct Run;
+class Ui;
 
-/// The local date and time now (the system clock).
-std::tm Maintenant();
 /// strftime on a date-time.
 std::string Format_Date(const std::tm& t, const char* format);
 
@@ -23,15 +21,15 @@ std::string Ligne_Log(const std::tm& t, std::string_view message);
 /// Empties LogsSV.txt (created when missing).
 void Vider_Log(const std::string& dossier_programme);
 
-/// Copies the run's request and response under <data folder>/Sv140/YYYYMM/.
-void Archiver_Echange(Run& run, std::string_view operation, std::string_view dossier_donnees);
+/// Copies the request and the response files, when they exist, under
+/// <data folder>/Sv140/YYYYMM/ as REQ_ and RSP_<operation>_<date>_<time>.xml. A missing
+/// archive root is announced on `ui`, then created.
+void Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,
+                      const std::string& requete, const std::string& reponse);
 
 /// Copies a file; refused when either path is 261 characters or longer. With
 /// `ecraser` false, fails when the destination exists.
 bool Copier_Fichier(const std::string& source, const std::string& destination, bool ecraser);
-
-/// "#mm-dd-yyyy hh:mm:ss#".
-std::string Date_SQL(const std::tm& t);
 
 /// Starts a command line and waits for its end.
 void Lancer_Et_Attendre(const std::string& ligne);

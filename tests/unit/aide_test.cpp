@@ -78,9 +78,14 @@ sv140::Run Magasin::nouveau() {
 
 void Magasin::executer(const std::string& base, const std::string& sql) {
     Connexion c;
-    ASSERT_TRUE(c.ouvrir(base));
-    ASSERT_TRUE(c.Execute(sql)) << c.derniere_erreur() << "\n" << sql;
-    ASSERT_TRUE(c.valider());
+    Statut s = c.ouvrir(base);
+    if (s) {
+        s = c.Execute(sql);
+    }
+    if (s) {
+        s = c.valider();
+    }
+    ASSERT_TRUE(s) << s.raison() << "\n" << sql;
 }
 
 }  // namespace sv140::test

@@ -7,7 +7,7 @@
 #include <ctime>
 #include <string>
 
-#include "main/run.h"
+#include "exchange/run.h"
 
 namespace sv140::test {
 

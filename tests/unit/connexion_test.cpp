@@ -3,7 +3,8 @@
 #include <filesystem>
 
 #include "aide_test.h"
-#include "data/connexion.h"
+#include "data/connexions.h"
+#include "data/instructions.h"
 #include "platform/systeme.h"
 
 namespace sv140 {
@@ -12,27 +13,33 @@ namespace {
 class ConnexionTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        std::string erreur;
-        ASSERT_TRUE(Connexion::creer_sqlite(base_, erreur)) << erreur;
-        ASSERT_TRUE(c_.ouvrir(base_));
-        ASSERT_TRUE(
-            c_.Execute("CREATE TABLE [Sélection Verres] ([N°] INTEGER PRIMARY KEY "
-                       "AUTOINCREMENT, [Nom du Verre] TEXT, Actif INTEGER, Prix REAL)"));
-        ASSERT_TRUE(c_.valider());
+        Statut s = Connexion::creer_sqlite(base_);
+        ASSERT_TRUE(s) << s.raison();
+        Ouvrir_Connexions(bases_, dossier_ / "absente.accdb", dossier_ / "absente.accdb", base_);
+        ASSERT_TRUE(bases_.pont.Execute(
+            "CREATE TABLE [Sélection Verres] ([N°] INTEGER PRIMARY KEY "
+            "AUTOINCREMENT, [Nom du Verre] TEXT UNIQUE, Actif INTEGER, Prix REAL)"));
+        ASSERT_TRUE(bases_.pont.valider());
     }
-    bool inserer(Connexion& c, const std::string& nom) {
+    Statut inserer(Connexion& c, const std::string& nom) {
         return c.Execute("INSERT INTO [Sélection Verres] ( [Nom du Verre] ) SELECT " + nom +
                          " AS NA;");
     }
-    long compter(Connexion& c) {
-        auto rs = c.Ouvrir("SELECT Count(*) AS N FROM [Sélection Verres];");
-        rs->MoveFirst();
-        return static_cast<long>(rs->champ("N").nombre());
+    /// The names committed, as another program sees them.
+    std::vector<std::string> valides() {
+        Connexion autre;
+        EXPECT_TRUE(autre.ouvrir(base_));
+        auto rs = autre.Ouvrir("SELECT [Nom du Verre] FROM [Sélection Verres] ORDER BY [N°];");
+        std::vector<std::string> noms;
+        for (rs->MoveFirst(); rs && !rs->EOF_(); rs->MoveNext()) {
+            noms.push_back(rs->champ("Nom du Verre").str());
+        }
+        return noms;
     }
     test::DossierTemporaire dossier_;
     std::string base_ = dossier_ / "SV140.accdb";
     std::vector<std::string> journal_;
-    Connexion c_{[this](std::string_view l) { journal_.emplace_back(l); }};
+    Connexions bases_{[this](std::string_view l) { journal_.emplace_back(l); }};
 };
 
 // The driver reads the path from a string that ';' splits: such a folder would open, or
@@ -40,50 +47,99 @@ class ConnexionTest : public ::testing::Test {
 TEST_F(ConnexionTest, APathTheDriverWouldSplitIsRefused) {
     Connexion c;
     std::filesystem::create_directory(dossier_ / "a;b");
-    std::string erreur;
-    EXPECT_FALSE(Connexion::creer_sqlite(dossier_ / "a;b/SV140.accdb", erreur));
+    EXPECT_FALSE(Connexion::creer_sqlite(dossier_ / "a;b/SV140.accdb"));
     EXPECT_FALSE(c.ouvrir(dossier_ / "a;b/SV140.accdb"));
     EXPECT_FALSE(fichier_existe(dossier_ / "a"));
     EXPECT_FALSE(fichier_existe(dossier_ / "a;b/SV140.accdb"));
 }
 
-TEST_F(ConnexionTest, NothingIsWrittenBeforeValidation) {
-    {
-        Connexion c;
-        ASSERT_TRUE(c.ouvrir(base_));
-        ASSERT_TRUE(inserer(c, "'a'"));
-        EXPECT_EQ(compter(c), 1);
-    }  // dropped without validation, as a run stopped half-way
-    Connexion c;
-    ASSERT_TRUE(c.ouvrir(base_));
-    EXPECT_EQ(compter(c), 0);
+// A database that could not be opened fails every statement sent to it, with the reason
+// and the path, and nothing else; the other databases of the run work.
+TEST_F(ConnexionTest, AnUnopenedDatabaseFailsItsOwnStatementsOnly) {
+    Statut s = bases_.hote.Execute("DELETE * FROM T_Etat_Civil;");
+    EXPECT_TRUE(s.base());
+    EXPECT_EQ(s.raison(), dossier_ / "absente.accdb" + " : base de données introuvable");
+    EXPECT_FALSE(bases_.hote.Ouvrir("SELECT 1;"));
+    EXPECT_TRUE(inserer(bases_.pont, "'a'"));
+    EXPECT_TRUE(UniteDeTravail(bases_).valider());
+    EXPECT_EQ(valides(), std::vector<std::string>{"a"});
 }
 
-TEST_F(ConnexionTest, AFailedStatementUndoesNoOther) {
-    journal_.clear();
-    ASSERT_TRUE(inserer(c_, "'a'"));
-    EXPECT_FALSE(c_.Execute("INSERT INTO [Table Absente] ( x ) SELECT 1 AS x;"));
-    EXPECT_FALSE(c_.derniere_erreur().empty());
-    EXPECT_FALSE(journal_.empty());
-    ASSERT_TRUE(c_.point_de_sauvegarde("facture"));
-    ASSERT_TRUE(inserer(c_, "'b'"));
-    ASSERT_TRUE(c_.revenir("facture"));
-    ASSERT_TRUE(c_.liberer("facture"));
-    ASSERT_TRUE(c_.valider());
-    EXPECT_EQ(compter(c_), 1);
+TEST_F(ConnexionTest, AUnitIsCommittedWholeOrNotAtAll) {
+    {
+        UniteDeTravail unite(bases_);
+        ASSERT_TRUE(inserer(bases_.pont, "'a'"));
+        EXPECT_EQ(valides(), std::vector<std::string>{}) << "visible before its commit";
+    }  // left without validation, as a run stopped half-way
+    EXPECT_EQ(valides(), std::vector<std::string>{});
+    {
+        UniteDeTravail unite(bases_);
+        ASSERT_TRUE(inserer(bases_.pont, "'b'"));
+        // A failed statement changes nothing and leaves the unit usable.
+        EXPECT_FALSE(bases_.pont.Execute("INSERT INTO [Table Absente] ( x ) SELECT 1 AS x;"));
+        ASSERT_TRUE(inserer(bases_.pont, "'c'"));
+        ASSERT_TRUE(unite.valider());
+    }
+    EXPECT_EQ(valides(), (std::vector<std::string>{"b", "c"}));
+    EXPECT_NE(journal_.back().find("Table Absente"), std::string::npos) << "statement not logged";
+    // Every commit survives a killed process, and stays cheap.
+    auto mode = bases_.pont.Ouvrir("PRAGMA journal_mode;");
+    ASSERT_TRUE(mode);
+    EXPECT_EQ(mode->champ("journal_mode").str(), "wal");
+}
+
+// Items the middleware acted on are recorded one unit each: a failed item is rolled
+// back alone, the next ones are still recorded, and the failure names it.
+TEST_F(ConnexionTest, ItemsAreRecordedOneUnitEach) {
+    const std::vector<std::vector<std::string>> items = {
+        {"'a'"}, {"'b'", "'a'"}, {"'c'", "'d'"}, {"'e'", "Null + (SELECT x FROM Absente)"}};
+    Statut s = Enregistrer_Par_Unite(
+        bases_, items.size(),
+        [&](std::size_t i) {
+            for (const std::string& nom : items[i]) {
+                if (Statut ecrit = inserer(bases_.pont, nom); !ecrit) {
+                    return ecrit;
+                }
+            }
+            return Statut();
+        },
+        [](std::size_t i) { return "facture " + std::to_string(i + 1); });
+    EXPECT_EQ(valides(), (std::vector<std::string>{"a", "c", "d"}));
+    ASSERT_FALSE(s);
+    EXPECT_EQ(s.raison().substr(0, s.raison().find(" (")),
+              "non enregistré : facture 2, facture 4");
+    EXPECT_NE(s.raison().find("UNIQUE"), std::string::npos) << s.raison();
+}
+
+TEST_F(ConnexionTest, SingleRowTablesAndLargestKey) {
+    Connexion& c = bases_.pont;
+    const std::string max = "SELECT Max([Sélection Verres].[N°]) AS Cle FROM [Sélection Verres];";
+    EXPECT_EQ(*Plus_Grande_Cle(c, max), 0);
+    for (const char* prix : {"1.5", "2.5"}) {
+        ASSERT_TRUE(Inserer_Ou_Mettre_A_Jour(
+            c, "SELECT [N°] FROM [Sélection Verres] WHERE [N°]=7;",
+            std::string("INSERT INTO [Sélection Verres] ( [N°], Prix ) VALUES ( 7, ") + prix + " );",
+            std::string("UPDATE [Sélection Verres] SET Prix = ") + prix + " WHERE [N°]=7;"));
+    }
+    auto rs = Premiere_Ligne(c, "SELECT Count(*) AS N, Max(Prix) AS P FROM [Sélection Verres];");
+    ASSERT_TRUE(rs);
+    EXPECT_EQ(rs->champ("N").str() + " " + rs->champ("P").str(), "1 2.5");
+    EXPECT_EQ(*Plus_Grande_Cle(c, max), 7);
+    EXPECT_FALSE(Plus_Grande_Cle(c, "SELECT Max(x) FROM Absente;"));
 }
 
 TEST_F(ConnexionTest, ValuesReadAsTheHostReadsThem) {
+    Connexion& c = bases_.pont;
     std::string long_texte;
     for (int i = 0; i < 3000; ++i) {
         long_texte += "é" + std::to_string(i % 10);
     }
-    ASSERT_TRUE(c_.Execute(
+    ASSERT_TRUE(c.Execute(
         "INSERT INTO [Sélection Verres] ( [Nom du Verre], Actif, Prix ) SELECT 'Zoé \"Zaza\" "
         "d''Artagnan' AS NA, True AS A, 12.5 AS P;"));
-    ASSERT_TRUE(inserer(c_, "Null"));
-    ASSERT_TRUE(inserer(c_, "'" + long_texte + "'"));
-    auto rs = c_.Ouvrir(
+    ASSERT_TRUE(inserer(c, "Null"));
+    ASSERT_TRUE(inserer(c, "'" + long_texte + "'"));
+    auto rs = c.Ouvrir(
         "SELECT [Sélection Verres].[N°], [Sélection Verres].[Nom du Verre], [Sélection "
         "Verres].Actif, [Sélection Verres].Prix FROM [Sélection Verres] ORDER BY [N°];");
     ASSERT_TRUE(rs);

@@ -2,7 +2,7 @@
 
 #include "aide_test.h"
 #include "main/dispatch.h"
-#include "main/run.h"
+#include "exchange/run.h"
 #include "platform/systeme.h"
 #include "platform/ui.h"
 

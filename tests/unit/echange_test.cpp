@@ -6,7 +6,7 @@
 
 #include "aide_test.h"
 #include "exchange/echange.h"
-#include "main/run.h"
+#include "exchange/run.h"
 #include "platform/ui_console.h"
 
 namespace sv140 {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "aide_test.h"
+#include "data/texte_sql.h"
 #include "platform/encodage.h"
 #include "platform/systeme.h"
 

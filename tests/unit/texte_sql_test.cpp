@@ -24,7 +24,7 @@ TEST(TexteSql, Quoting) {
         std::string texte = c.valeur.value_or("");
         EXPECT_EQ(Doubler_Apostrophes(texte), c.doublee);
         EXPECT_EQ(texte, c.doublee);
-        EXPECT_EQ(Echapper_Apostrophes(c.valeur.value_or("")), c.echappee);
+        EXPECT_EQ(Texte_SQL(c.valeur.value_or("")), c.echappee);
     }
     EXPECT_EQ(Trim("  a b  "), "a b");
     EXPECT_EQ(Trim("\t a \n"), "\t a \n") << "blanks only";

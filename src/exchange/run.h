@@ -3,24 +3,15 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 
-#include "data/connexion.h"
+#include "data/connexions.h"
 #include "platform/systeme.h"
 #include "platform/ui.h"
 
 namespace sv140 {
-
-/// The three databases of a run, each opened at most once (by Ouvrir_Connexions) and
-/// validated together at the end of the run.
-struct Connexions {
-    explicit Connexions(Connexion::Journal journal)
-        : hote(journal), temporaire(journal), pont(journal) {}
-    Connexion hote;        // Donnees_32.accdb in the shop's data folder
-    Connexion temporaire;  // Temporaire.accdb beside the program folder
-    Connexion pont;        // SV140.accdb in the shop's data folder
-    bool ouvertes = false;
-};
 
 struct Run {
     std::string dossier_programme;  // holds the executable and the exchange files
@@ -33,6 +24,9 @@ struct Run {
     std::string DB_temporaire;      // temporary database
     std::string frontal;            // host front-end path (kept, read by nobody)
     bool Retour_Reponse = false;
+    /// Set when the run must end at once, before the archive and the copy of the answer
+    /// for the host (the request file vanished under the bridge): why.
+    std::optional<std::string> interruption;
 
     std::unique_ptr<Ui> ui;
     std::unique_ptr<Connexions> cnx;
@@ -40,10 +34,12 @@ struct Run {
     /// answer is fetched again from the same loaded library).
     std::unique_ptr<Bibliotheque> intergiciel;
 
-    /// Full path of an exchange file of the program folder.
+    /// Full path of a file of the program folder.
     std::string fichier(std::string_view nom) const;
     /// Writes one line to LogsSV.txt (Ecrire_Log).
     void log(std::string_view message) const;
+    /// The run's databases, opened at the first call (Ouvrir_Connexions).
+    Connexions& bases();
 };
 
 /// A run set up for the program folder `dossier`: console or platform interface,

@@ -1,6 +1,5 @@
-#include "main/run.h"
+#include "exchange/run.h"
 
-#include "platform/systeme.h"
 #include "tools/outils.h"
 
 namespace sv140 {
@@ -11,6 +10,11 @@ std::string Run::fichier(std::string_view nom) const {
 
 void Run::log(std::string_view message) const {
     Ecrire_Log(dossier_programme, message);
+}
+
+Connexions& Run::bases() {
+    Ouvrir_Connexions(*cnx, DB_DONNEES, DB_temporaire, DB_sv);
+    return *cnx;
 }
 
 Run nouveau_run(const std::string& dossier, std::unique_ptr<Ui> ui) {
