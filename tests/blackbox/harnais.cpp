@@ -5,8 +5,10 @@
 #include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
+#include <linux/fs.h>
 #include <sqlite3.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -229,6 +231,86 @@ Lignes sql(const std::string& base, const std::string& requete) {
     return rangs;
 }
 
+Lignes instantane(const Textes& bases) {
+    Lignes tout;
+    for (const auto& base : bases) {
+        tout.push_back({base});
+        std::error_code ec;
+        if (!fs::exists(base, ec) || fs::is_directory(base, ec)) {
+            tout.push_back({fs::exists(base, ec) ? "(dossier)" : "(rien)"});
+            continue;
+        }
+        // Only a file that says it is a database is opened: SQLite would read an empty
+        // file as an empty database.
+        const std::string octets = lire(base).value_or("");
+        sqlite3* db = nullptr;
+        bool lue = octets.starts_with(std::string("SQLite format 3\0", 16)) &&
+                   sqlite3_open_v2(base.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK;
+        Lignes tables;
+        auto rang = [](void* r, int n, char** valeurs, char**) {
+            auto& ligne = static_cast<Lignes*>(r)->emplace_back();
+            for (int i = 0; i < n; ++i) {
+                ligne.emplace_back(valeurs[i] != nullptr ? valeurs[i] : "NULL");
+            }
+            return 0;
+        };
+        lue = lue && sqlite3_exec(db, "SELECT name FROM sqlite_master WHERE type = 'table'", rang,
+                                  &tables, nullptr) == SQLITE_OK;
+        Lignes lignes;
+        for (std::size_t i = 0; lue && i < tables.size(); ++i) {
+            lignes.push_back(tables[i]);
+            lue = sqlite3_exec(db, ("SELECT * FROM [" + tables[i][0] + "]").c_str(), rang, &lignes,
+                               nullptr) == SQLITE_OK;
+        }
+        sqlite3_close(db);
+        if (lue) {
+            tout.insert(tout.end(), lignes.begin(), lignes.end());
+        } else {
+            tout.push_back({octets});
+        }
+    }
+    return tout;
+}
+
+EcritureEnCours::EcritureEnCours(const std::string& base) {
+    if (sqlite3_open_v2(base.c_str(), &db_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
+        sqlite3_exec(db_, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        ADD_FAILURE() << base << ": " << sqlite3_errmsg(db_);
+    }
+}
+
+EcritureEnCours::~EcritureEnCours() {
+    sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+    sqlite3_close(db_);
+}
+
+namespace {
+
+// What chattr +i and -i do.
+bool marquer_immuable(const std::string& chemin, bool immuable) {
+    const int f = open(chemin.c_str(), O_RDONLY | O_CLOEXEC);
+    int drapeaux = 0;
+    bool fait = f >= 0 && ioctl(f, FS_IOC_GETFLAGS, &drapeaux) == 0;
+    drapeaux = immuable ? drapeaux | FS_IMMUTABLE_FL : drapeaux & ~FS_IMMUTABLE_FL;
+    fait = fait && ioctl(f, FS_IOC_SETFLAGS, &drapeaux) == 0;
+    if (f >= 0) {
+        close(f);
+    }
+    return fait;
+}
+
+}  // namespace
+
+Immuable::Immuable(std::string chemin)
+    : chemin_(std::move(chemin)), pris_(marquer_immuable(chemin_, true)) {}
+
+Immuable::~Immuable() {
+    // Left immutable, the file could not be removed with the shop.
+    if (pris_ && !marquer_immuable(chemin_, false)) {
+        ADD_FAILURE() << "chattr -i " << chemin_ << " failed: the shop cannot be removed";
+    }
+}
+
 Textes xml(const std::string& fichier, const std::string& xpath, bool noms) {
     Textes t;
     xmlDocPtr doc = xmlReadFile(fichier.c_str(), nullptr, XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
@@ -342,9 +424,10 @@ Execution BoiteNoire::lancer(const Textes& arguments, const std::string& entree)
         debut_ = fin_ = horloge_fixe();
         // The library itself rather than the faketime command, whose shared semaphore
         // is named after the process id and refuses a name an earlier run left behind.
-        return executer({"env", "LD_PRELOAD=/usr/$LIB/faketime/libfaketime.so.1",
-                         std::string("FAKETIME=") + kHorloge, fichier("sv140")},
-                        arguments, entree);
+        return executer(
+            {"env", "LD_PRELOAD=/usr/$LIB/faketime/libfaketime.so.1",
+             std::string("FAKETIME=") + (horloge_figee ? "" : "@") + kHorloge, fichier("sv140")},
+            arguments, entree);
     }
     // A server kept between runs spares each run the start of Wine's services; it is
     // the one of the first run, or started here when it has gone.

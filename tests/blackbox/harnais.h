@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+struct sqlite3;
+
 namespace bb {
 
 using Textes = std::vector<std::string>;
@@ -48,6 +50,39 @@ std::string stocke(const std::string& texte);
 /// null); fails the test on error and never creates the file.
 using Lignes = std::vector<Textes>;
 Lignes sql(const std::string& base, const std::string& requete);
+/// Each path, then every table of its database with its rows; where no readable database
+/// stands, what does: nothing, a folder, or the file's bytes.
+Lignes instantane(const Textes& bases);
+
+/// Another workstation's write transaction on a database, held while this lives. Meanwhile
+/// nothing else in this process may open and close the database's file: POSIX releases a
+/// process's locks on a file with the first of its descriptors closed.
+class EcritureEnCours {
+  public:
+    explicit EcritureEnCours(const std::string& base);
+    ~EcritureEnCours();
+    EcritureEnCours(const EcritureEnCours&) = delete;
+    EcritureEnCours& operator=(const EcritureEnCours&) = delete;
+
+  private:
+    sqlite3* db_ = nullptr;
+};
+
+/// A file made immutable (chattr +i) while this lives: not even root may write it, where
+/// a file mode would not stop root. `pris` is false where the file system or the rights
+/// of the tests do not allow it.
+class Immuable {
+  public:
+    explicit Immuable(std::string chemin);
+    ~Immuable();
+    Immuable(const Immuable&) = delete;
+    Immuable& operator=(const Immuable&) = delete;
+    bool pris() const { return pris_; }
+
+  private:
+    std::string chemin_;
+    bool pris_ = false;
+};
 
 /// The text of each node an XPath expression finds in an XML file (with `noms`, its
 /// name); nothing when the file is missing or not well-formed.
@@ -130,6 +165,9 @@ class BoiteNoire : public ::testing::Test {
     bool log_finit_par(const std::string& m) const { return log().find(m + "\n") != m.npos; }
 
     std::string racine, programme, magasin;
+    /// The native runs' clock stands still at its instant; a run that must see time pass
+    /// (a wait that gives up after a while) lets it run from there.
+    bool horloge_figee = true;
 
   private:
     Execution executer(Textes argv, const Textes& arguments, const std::string& entree);
