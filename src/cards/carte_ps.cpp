@@ -168,7 +168,8 @@ Statut Stocker_CPS(Run& run) {
     if (Statut s = pont.Execute("DELETE * FROM T_InfosSituation_CPS;"); !s) {
         return s;
     }
-    for (const XmlNoeud& s : doc->selectionner("/ZRMESSAGE/resultat/donnees/contextePS/situation")) {
+    for (const XmlNoeud& s :
+         doc->selectionner("/ZRMESSAGE/resultat/donnees/contextePS/situation")) {
         if (Statut ecrit = ecrire_situation(pont, s); !ecrit) {
             return ecrit;
         }

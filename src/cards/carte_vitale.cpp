@@ -248,41 +248,47 @@ Statut inserer_carte(Connexion& pont, const Champs& C, const Champs& B, const Cl
         "Info_CV_SER_CRT, Info_CV_RUF_COMP )"
         "SELECT '" +
         Texte_SQL(C("TYP_CART")) + "' AS TYP_CART, " + p.numero + " AS Info_ETC_ID_FK, '" +
-        Texte_SQL(C("VIT_NSER")) + " ' AS VIT_NSER, '" + Texte_SQL(C("ADM/FDV_CRT")) + "' AS FDV_CRT, '" +
-        Texte_SQL(C("ADM/RUF1_ADM")) + "' AS RUF1_ADM, '" + Texte_SQL(C("ADM/RUF2_ADM")) +
-        "' AS RUF2_ADM, '' AS RUF_ADM, '' AS TYP_IDEN, '" + Texte_SQL(p.nir) + "' AS NIR_ASS, '" +
-        Texte_SQL(p.cle) + "' AS CLE_ASS, '" + Texte_SQL(C("RGG_COD")) + "' AS RGG_COD, '" + Texte_SQL(C("RTT_CAI")) +
-        "' AS RTT_CAI, '" + Texte_SQL(C("RTT_UGE")) + "' AS RTT_UGE, '" + Texte_SQL(C("COD_GES")) +
-        "' AS COD_GES, '" + Texte_SQL(C("RUF_FAM")) + "' AS RUF_FAM, '" + Texte_SQL(C("COD_SEF")) +
-        "' AS COD_SEF, '" + Texte_SQL(C("DEB_SEF")) + "' AS DEB_SEF, '" + Texte_SQL(C("FIN_SEF")) +
-        "' AS FIN_SEF, '" + Texte_SQL(C("AT/ORG_GE")) + "' AS ORG_GE, '" + Texte_SQL(C("AT/GST_CD")) +
-        "' AS GST_CD, '" + Texte_SQL(C("AT/IDT_AT")) + "' AS IDT_AT, '" + Texte_SQL(C("AT/ORG_GE1")) +
-        "' AS ORG_GE1, '" + Texte_SQL(C("AT/GST_CD1")) + "' AS GST_CD1, '" + Texte_SQL(C("AT/IDT_AT1")) +
-        "' AS IDT_AT1, '" + Texte_SQL(C("AT/ORG_GE2")) + "' AS ORG_GE2, '" + Texte_SQL(C("AT/GST_CD2")) +
-        "' AS GST_CD2, '" + Texte_SQL(C("AT/IDT_AT2")) + "' AS IDT_AT2, '" + Texte_SQL(C("NB_BEN")) +
-        "' AS NB_BENEF, '" + Texte_Hote_SQL(B("NOM_USG")) + "' AS NOM_USG, '" + Texte_Hote_SQL(B("NOM_PAT")) +
-        "' AS NOM_PAT, '" + Texte_Hote_SQL(B("PRM_USG")) + "' AS PRM_USG, '" + Texte_Hote_SQL(B("ADR_LN1")) +
-        "' AS ADR_LN1, '" + Texte_Hote_SQL(B("ADR_LN2")) + "' AS ADR_LN2, '" + Texte_Hote_SQL(B("ADR_LN3")) +
-        "' AS ADR_LN3, '" + Texte_Hote_SQL(B("ADR_LN4")) + "' AS ADR_LN4, '" + Texte_Hote_SQL(B("ADR_LN5")) +
-        "' AS ADR_LN5, '" + Texte_SQL(B("NIR_CER")) + "' AS NIR_CER, '" + Texte_SQL(B("CLE_CER")) +
-        "' AS CLE_CER, '" + Texte_SQL(B("DAT_CER")) + "' AS DAT_CER, '" + Texte_SQL(B("NAI_BEN")) +
-        "' AS NAI_BEN, '" + Texte_SQL(B("BEN_RNG")) + "' AS BEN_RNG, '" + Texte_SQL(B("BEN_QLT")) +
-        "' AS BEN_QLT, '" + Texte_SQL(B("COD_SEB")) + "' AS COD_SEB, '" + Texte_SQL(B("DEB_SEB")) +
-        "' AS DEB_SEB, '" + Texte_SQL(B("FIN_SEB")) + "' AS FIN_SEB, '' AS RUF_BEN, '" +
-        Texte_SQL(B("MUT/MUT_NUM")) + "' AS MUT_NUM, '" + Texte_SQL(B("MUT/CONT_MUT")) + "' AS CONT_MUT, '" +
-        Texte_SQL(B("MUT/TRT_MUT")) + "' AS TRT_MUT, '" + Texte_SQL(B("MUT/TYP_MUT")) + "' AS TYP_MUT, '" +
-        Texte_SQL(B("MUT/SER_MUT")) + "' AS SER_MUT, '" + Texte_SQL(B("MUT/IND_STS")) + "' AS IND_STS, '" +
-        Texte_SQL(B("COMP/CPL_NU2")) + "' AS CPL_NU2, '" + Texte_SQL(B("COMP/CPL_EDI")) + "' AS CPL_EDI, '" +
-        Texte_SQL(B("COMP/ADH_NUM")) + "' AS ADH_NUM, '" + Texte_SQL(B("COMP/TRT_AMC")) + "' AS TRT_AMC, '" +
-        Texte_SQL(B("COMP/CPL_DEB")) + "' AS CPL_DEB, '" + Texte_SQL(B("COMP/CPL_FIN")) + "' AS CPL_FIN, '" +
-        Texte_SQL(B("COMP/ROU_FLX")) + "' AS ROU_FLX, '' AS ID_HOT, '" + Texte_Hote_SQL(B("COMP/NOM_DOM")) +
-        "' AS NOM_DOM, '" + Texte_SQL(B("COMP/IND_STS_AMC")) + "' AS IND_STS_AMC, '" +
-        Texte_SQL(B("COMP/TYP_SER")) + "' AS TYP_SER, '" + Texte_SQL(B("COMP/SER_CRT")) + "' AS SER_CRT, '" +
+        Texte_SQL(C("VIT_NSER")) + " ' AS VIT_NSER, '" + Texte_SQL(C("ADM/FDV_CRT")) +
+        "' AS FDV_CRT, '" + Texte_SQL(C("ADM/RUF1_ADM")) + "' AS RUF1_ADM, '" +
+        Texte_SQL(C("ADM/RUF2_ADM")) + "' AS RUF2_ADM, '' AS RUF_ADM, '' AS TYP_IDEN, '" +
+        Texte_SQL(p.nir) + "' AS NIR_ASS, '" + Texte_SQL(p.cle) + "' AS CLE_ASS, '" +
+        Texte_SQL(C("RGG_COD")) + "' AS RGG_COD, '" + Texte_SQL(C("RTT_CAI")) + "' AS RTT_CAI, '" +
+        Texte_SQL(C("RTT_UGE")) + "' AS RTT_UGE, '" + Texte_SQL(C("COD_GES")) + "' AS COD_GES, '" +
+        Texte_SQL(C("RUF_FAM")) + "' AS RUF_FAM, '" + Texte_SQL(C("COD_SEF")) + "' AS COD_SEF, '" +
+        Texte_SQL(C("DEB_SEF")) + "' AS DEB_SEF, '" + Texte_SQL(C("FIN_SEF")) + "' AS FIN_SEF, '" +
+        Texte_SQL(C("AT/ORG_GE")) + "' AS ORG_GE, '" + Texte_SQL(C("AT/GST_CD")) +
+        "' AS GST_CD, '" + Texte_SQL(C("AT/IDT_AT")) + "' AS IDT_AT, '" +
+        Texte_SQL(C("AT/ORG_GE1")) + "' AS ORG_GE1, '" + Texte_SQL(C("AT/GST_CD1")) +
+        "' AS GST_CD1, '" + Texte_SQL(C("AT/IDT_AT1")) + "' AS IDT_AT1, '" +
+        Texte_SQL(C("AT/ORG_GE2")) + "' AS ORG_GE2, '" + Texte_SQL(C("AT/GST_CD2")) +
+        "' AS GST_CD2, '" + Texte_SQL(C("AT/IDT_AT2")) + "' AS IDT_AT2, '" +
+        Texte_SQL(C("NB_BEN")) + "' AS NB_BENEF, '" + Texte_Hote_SQL(B("NOM_USG")) +
+        "' AS NOM_USG, '" + Texte_Hote_SQL(B("NOM_PAT")) + "' AS NOM_PAT, '" +
+        Texte_Hote_SQL(B("PRM_USG")) + "' AS PRM_USG, '" + Texte_Hote_SQL(B("ADR_LN1")) +
+        "' AS ADR_LN1, '" + Texte_Hote_SQL(B("ADR_LN2")) + "' AS ADR_LN2, '" +
+        Texte_Hote_SQL(B("ADR_LN3")) + "' AS ADR_LN3, '" + Texte_Hote_SQL(B("ADR_LN4")) +
+        "' AS ADR_LN4, '" + Texte_Hote_SQL(B("ADR_LN5")) + "' AS ADR_LN5, '" +
+        Texte_SQL(B("NIR_CER")) + "' AS NIR_CER, '" + Texte_SQL(B("CLE_CER")) + "' AS CLE_CER, '" +
+        Texte_SQL(B("DAT_CER")) + "' AS DAT_CER, '" + Texte_SQL(B("NAI_BEN")) + "' AS NAI_BEN, '" +
+        Texte_SQL(B("BEN_RNG")) + "' AS BEN_RNG, '" + Texte_SQL(B("BEN_QLT")) + "' AS BEN_QLT, '" +
+        Texte_SQL(B("COD_SEB")) + "' AS COD_SEB, '" + Texte_SQL(B("DEB_SEB")) + "' AS DEB_SEB, '" +
+        Texte_SQL(B("FIN_SEB")) + "' AS FIN_SEB, '' AS RUF_BEN, '" + Texte_SQL(B("MUT/MUT_NUM")) +
+        "' AS MUT_NUM, '" + Texte_SQL(B("MUT/CONT_MUT")) + "' AS CONT_MUT, '" +
+        Texte_SQL(B("MUT/TRT_MUT")) + "' AS TRT_MUT, '" + Texte_SQL(B("MUT/TYP_MUT")) +
+        "' AS TYP_MUT, '" + Texte_SQL(B("MUT/SER_MUT")) + "' AS SER_MUT, '" +
+        Texte_SQL(B("MUT/IND_STS")) + "' AS IND_STS, '" + Texte_SQL(B("COMP/CPL_NU2")) +
+        "' AS CPL_NU2, '" + Texte_SQL(B("COMP/CPL_EDI")) + "' AS CPL_EDI, '" +
+        Texte_SQL(B("COMP/ADH_NUM")) + "' AS ADH_NUM, '" + Texte_SQL(B("COMP/TRT_AMC")) +
+        "' AS TRT_AMC, '" + Texte_SQL(B("COMP/CPL_DEB")) + "' AS CPL_DEB, '" +
+        Texte_SQL(B("COMP/CPL_FIN")) + "' AS CPL_FIN, '" + Texte_SQL(B("COMP/ROU_FLX")) +
+        "' AS ROU_FLX, '' AS ID_HOT, '" + Texte_Hote_SQL(B("COMP/NOM_DOM")) + "' AS NOM_DOM, '" +
+        Texte_SQL(B("COMP/IND_STS_AMC")) + "' AS IND_STS_AMC, '" + Texte_SQL(B("COMP/TYP_SER")) +
+        "' AS TYP_SER, '" + Texte_SQL(B("COMP/SER_CRT")) + "' AS SER_CRT, '" +
         Texte_Hote_SQL(B("COMP/RUF_COMP")) + "' AS RUF_COMP ");
 }
 
-Statut mettre_a_jour_carte(Connexion& pont, const Champs& C, const Champs& B,
-                           const ClientHote& p, double identifiant) {
+Statut mettre_a_jour_carte(Connexion& pont, const Champs& C, const Champs& B, const ClientHote& p,
+                           double identifiant) {
     return pont.Execute(
         "UPDATE T_InfosCarteVitale SET T_InfosCarteVitale.Info_ETC_ID_FK = " + p.numero +
         ", T_InfosCarteVitale.Info_CV_TYP_CART = '" + Texte_SQL(C("TYP_CART")) +

@@ -9,9 +9,9 @@
 
 #include "data/access_sql.h"
 #include "data/texte_sql.h"
+#include "platform/horloge.h"
 #include "platform/odbc_texte.h"
 #include "platform/systeme.h"
-#include "platform/horloge.h"
 
 namespace sv140 {
 namespace {
@@ -220,8 +220,8 @@ Statut Connexion::ouvrir(const std::string& chemin) {
     if (impl->connectee &&
         !SQL_SUCCEEDED(SQLSetConnectAttr(impl->dbc, SQL_ATTR_AUTOCOMMIT,
                                          reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0))) {
-        refus_ = "transactions refusées par le pilote : " +
-                 odbc::diagnostic(SQL_HANDLE_DBC, impl->dbc);
+        refus_ =
+            "transactions refusées par le pilote : " + odbc::diagnostic(SQL_HANDLE_DBC, impl->dbc);
         impl->deconnecter();
     }
     if (!impl->connectee) {

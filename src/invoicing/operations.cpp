@@ -10,8 +10,10 @@ std::span<const Operation> Operations_Facturation() {
         {"f_CreerFacture", Fonction_Non_Disponible, Suite::Verifier, Fonction_Non_Disponible},
         {"f_SupprimerFacture", Fonction_Non_Disponible, Suite::Verifier, Fonction_Non_Disponible},
         {"f_LireFacture", Fonction_Non_Disponible, Suite::Verifier, Rien},
-        {"f_EnvoyerToutesFactures", Fonction_Non_Disponible, Suite::Verifier, Fonction_Non_Disponible},
-        {"f_LireInfosRetourFacture", Fonction_Non_Disponible, Suite::Verifier, Fonction_Non_Disponible},
+        {"f_EnvoyerToutesFactures", Fonction_Non_Disponible, Suite::Verifier,
+         Fonction_Non_Disponible},
+        {"f_LireInfosRetourFacture", Fonction_Non_Disponible, Suite::Verifier,
+         Fonction_Non_Disponible},
         {"f_ListerFactures", Requete_f_ListerFactures, Suite::Envoyer, Lire_Liste_Factures},
         // Records again a lot whose answer is already on disk.
         {"retour_f_EnvoyerToutesFacturestest", Rien, Suite::Verifier, Fonction_Non_Disponible},

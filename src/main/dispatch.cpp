@@ -54,8 +54,8 @@ Statut conclure(Run& run, std::string_view phase, Statut etape) {
 void phase_requete(Run& run) {
     const Operation* op = Trouver_Operation(run.F_Appel);
     if (op == nullptr) {
-        run.ui->MsgBox(run.Chaine_Command + " -*- " + run.F_Appel + " -*- " + run.Chemin +
-                       " -*- " + run.troisieme_mot);
+        run.ui->MsgBox(run.Chaine_Command + " -*- " + run.F_Appel + " -*- " + run.Chemin + " -*- " +
+                       run.troisieme_mot);
         return;
     }
     if (op->suite == Suite::Envoyer) {

@@ -27,7 +27,8 @@ std::string nom_colonne(SQLHSTMT instruction, SQLSMALLINT colonne);
 std::string diagnostic(SQLSMALLINT type, SQLHANDLE handle);
 /// The whole text of a column of the current row, in UTF-8; nullopt for a null.
 /// Returns the failing call's code, or SQL_SUCCESS.
-SQLRETURN lire_texte(SQLHSTMT instruction, SQLUSMALLINT colonne, std::optional<std::string>& valeur);
+SQLRETURN lire_texte(SQLHSTMT instruction, SQLUSMALLINT colonne,
+                     std::optional<std::string>& valeur);
 
 /// The text of a column in pieces of the platform's character unit: long texts come in
 /// pieces, each call giving the next one.

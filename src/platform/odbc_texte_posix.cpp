@@ -52,7 +52,8 @@ std::string diagnostic(SQLSMALLINT type, SQLHANDLE handle) {
     return texte.empty() ? "erreur ODBC sans diagnostic" : texte;
 }
 
-SQLRETURN lire_texte(SQLHSTMT instruction, SQLUSMALLINT colonne, std::optional<std::string>& valeur) {
+SQLRETURN lire_texte(SQLHSTMT instruction, SQLUSMALLINT colonne,
+                     std::optional<std::string>& valeur) {
     return lire_unites<char>(instruction, colonne, SQL_C_CHAR, valeur);
 }
 

@@ -40,8 +40,8 @@ std::string nom_colonne(SQLHSTMT instruction, SQLSMALLINT colonne) {
     // The length can count the bytes of the driver's UTF-8 name rather than its
     // characters (the SQLite driver under Wine does, for "N°"): the name ends at its NUL.
     std::size_t n = std::clamp<int>(longueur, 0, 255);
-    n = std::min<std::size_t>(n, std::char_traits<char16_t>::length(
-                                     reinterpret_cast<const char16_t*>(nom)));
+    n = std::min<std::size_t>(
+        n, std::char_traits<char16_t>::length(reinterpret_cast<const char16_t*>(nom)));
     return texte(nom, n);
 }
 
@@ -57,12 +57,14 @@ std::string diagnostic(SQLSMALLINT type, SQLHANDLE handle) {
         if (!resultat.empty()) {
             resultat += " ; ";
         }
-        resultat += texte(etat, 5) + " " + texte(message, std::clamp<std::size_t>(longueur, 0, 1023));
+        resultat +=
+            texte(etat, 5) + " " + texte(message, std::clamp<std::size_t>(longueur, 0, 1023));
     }
     return resultat.empty() ? "erreur ODBC sans diagnostic" : resultat;
 }
 
-SQLRETURN lire_texte(SQLHSTMT instruction, SQLUSMALLINT colonne, std::optional<std::string>& valeur) {
+SQLRETURN lire_texte(SQLHSTMT instruction, SQLUSMALLINT colonne,
+                     std::optional<std::string>& valeur) {
     std::optional<std::u16string> large;
     const SQLRETURN r = lire_unites<char16_t>(instruction, colonne, SQL_C_WCHAR, large);
     valeur.reset();

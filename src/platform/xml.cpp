@@ -71,10 +71,10 @@ namespace {
 // unit, the bytes themselves otherwise. Only markup characters are looked at.
 std::string squelette(std::string_view octets) {
     const auto u = [&](std::size_t i) { return static_cast<unsigned char>(octets[i]); };
-    const bool seize_le = octets.size() >= 2 && ((u(0) == 0xFF && u(1) == 0xFE) ||
-                                                 (u(0) == '<' && u(1) == 0));
-    const bool seize_be = octets.size() >= 2 && ((u(0) == 0xFE && u(1) == 0xFF) ||
-                                                 (u(0) == 0 && u(1) == '<'));
+    const bool seize_le =
+        octets.size() >= 2 && ((u(0) == 0xFF && u(1) == 0xFE) || (u(0) == '<' && u(1) == 0));
+    const bool seize_be =
+        octets.size() >= 2 && ((u(0) == 0xFE && u(1) == 0xFF) || (u(0) == 0 && u(1) == '<'));
     if (!seize_le && !seize_be) {
         return std::string(octets);
     }

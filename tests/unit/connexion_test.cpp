@@ -106,8 +106,7 @@ TEST_F(ConnexionTest, ItemsAreRecordedOneUnitEach) {
         [](std::size_t i) { return "facture " + std::to_string(i + 1); });
     EXPECT_EQ(valides(), (std::vector<std::string>{"a", "c", "d"}));
     ASSERT_FALSE(s);
-    EXPECT_EQ(s.raison().substr(0, s.raison().find(" (")),
-              "non enregistré : facture 2, facture 4");
+    EXPECT_EQ(s.raison().substr(0, s.raison().find(" (")), "non enregistré : facture 2, facture 4");
     EXPECT_NE(s.raison().find("UNIQUE"), std::string::npos) << s.raison();
 }
 
@@ -118,7 +117,8 @@ TEST_F(ConnexionTest, SingleRowTablesAndLargestKey) {
     for (const char* prix : {"1.5", "2.5"}) {
         ASSERT_TRUE(Inserer_Ou_Mettre_A_Jour(
             c, "SELECT [N°] FROM [Sélection Verres] WHERE [N°]=7;",
-            std::string("INSERT INTO [Sélection Verres] ( [N°], Prix ) VALUES ( 7, ") + prix + " );",
+            std::string("INSERT INTO [Sélection Verres] ( [N°], Prix ) VALUES ( 7, ") + prix +
+                " );",
             std::string("UPDATE [Sélection Verres] SET Prix = ") + prix + " WHERE [N°]=7;"));
     }
     auto rs = Premiere_Ligne(c, "SELECT Count(*) AS N, Max(Prix) AS P FROM [Sélection Verres];");

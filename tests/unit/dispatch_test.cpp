@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "aide_test.h"
-#include "main/dispatch.h"
 #include "exchange/run.h"
+#include "main/dispatch.h"
 #include "platform/systeme.h"
 #include "platform/ui.h"
 
