@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+
 #include "aide_test.h"
 #include "exchange/run.h"
 #include "main/dispatch.h"
@@ -30,6 +33,26 @@ TEST(LigneCommande, Split) {
     }
     EXPECT_EQ(Decomposition("f_X"), "102 95 88 ");
     EXPECT_EQ(Decomposition("é €"), "233 32 128 ");
+}
+
+// Every operation the dispatch rules name has its row in one subsystem, and every row is
+// reached: a row left out would answer the host as an unknown operation.
+TEST(Dispatch, EveryOperationHasItsRow) {
+    std::set<std::string_view> requetes(Ordre_Requetes().begin(), Ordre_Requetes().end());
+    EXPECT_EQ(requetes.size(), 24u);
+    for (std::string_view nom : Ordre_Requetes()) {
+        const Operation* op = Trouver_Operation(nom);
+        ASSERT_NE(op, nullptr) << nom;
+        // Only the card update has no response row: its name is shown instead.
+        const bool dans_les_reponses =
+            std::count(Ordre_Reponses().begin(), Ordre_Reponses().end(), nom) == 1;
+        EXPECT_EQ(op->reponse.has_value(), dans_les_reponses) << nom;
+        EXPECT_EQ(dans_les_reponses, nom != "f_MettreAJourCV") << nom;
+    }
+    for (std::string_view nom : Ordre_Reponses()) {
+        EXPECT_TRUE(requetes.contains(nom)) << nom;
+    }
+    EXPECT_EQ(Trouver_Operation("F_LIRECVITALE"), nullptr) << "names are compared exactly";
 }
 
 }  // namespace

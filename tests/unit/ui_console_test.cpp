@@ -147,14 +147,5 @@ TEST(UiConsole, ChooserTakesANumberOrACode) {
     EXPECT_EQ(lignes(c.journal), c.sortie.str());
 }
 
-TEST(UiConsole, OpenNamesTheDocumentThenShowsIt) {
-    Console c("");
-    std::vector<std::string> montres;
-    c.ui([&](const std::string& chemin) { montres.push_back(chemin); })->Ouvrir("/p/Ordo_SCOR.jpg");
-    EXPECT_EQ(c.sortie.str(), "Ouvrir : /p/Ordo_SCOR.jpg\n");
-    EXPECT_EQ(c.journal, std::vector<std::string>{"Ouvrir : /p/Ordo_SCOR.jpg"});
-    EXPECT_EQ(montres, std::vector<std::string>{"/p/Ordo_SCOR.jpg"});
-}
-
 }  // namespace
 }  // namespace sv140

@@ -89,6 +89,37 @@ TEST(Xml, NotWellFormedIsRefusedWithItsLine) {
     EXPECT_NE(doc.erreur().find("absent.xml"), std::string::npos);
 }
 
+// A document that declares entities is never read, whatever its encoding or where the
+// declaration hides; the same words elsewhere are only text.
+TEST(Xml, DeclaredEntitiesAreRefused) {
+    const auto utf16le = [](std::string_view ascii) {
+        std::string s = "\xff\xfe";
+        for (char c : ascii) {
+            s += c;
+            s += '\0';
+        }
+        return s;
+    };
+    const struct {
+        std::string entree;
+        bool refuse;
+    } cas[] = {
+        {"<!DOCTYPE ZRMESSAGE><ZRMESSAGE>&amp;</ZRMESSAGE>", false},
+        {"<!DOCTYPE R [<!ENTITY n \"NOM\">]><R>&n;</R>", true},
+        {"<!DOCTYPE R [<!ELEMENT R ANY><!-- x ' --><?pi ' ?><!ENTITY % p \"x\">]><R/>", true},
+        {"<!DOCTYPE R [<!-- <!ENTITY n \"x\"> --><!ATTLIST R a CDATA \"<!ENTITY\">]><R/>", false},
+        {"<!DOCTYPE R SYSTEM \"<!ENTITY\"><R/>", false},
+        {"<R>&lt;!DOCTYPE R [&lt;!ENTITY</R>", false},
+        {utf16le("<!DOCTYPE R [<!ENTITY n \"x\">]><R>&n;</R>"), true},
+    };
+    for (const auto& c : cas) {
+        SCOPED_TRACE(c.entree);
+        XmlDocument doc;
+        const bool lu = doc.charger_texte(c.entree);
+        EXPECT_EQ(!lu && doc.erreur() == xml_commun::kRefusEntites, c.refuse) << doc.erreur();
+    }
+}
+
 TEST(Xml, TextsWrittenThenReadBack) {
     // Whatever a database or a command line holds, the document stays readable: bytes
     // that are not UTF-8 are the host's Windows-1252, forbidden control characters go.
