@@ -15,8 +15,9 @@ std::span<const Operation> Operations_Cartes() {
         {"f_MettreAJourIdEtc", Stocker_Carte_Vitale, Suite::Verifier, Rien},
         {"f_LireInfosComplementaire", Requete_f_LireInfosComplementaire, Suite::Envoyer,
          Conserver_Echange_AMC},
-        // No store step: once the check passed, the optician is shown the operation's name.
-        {"f_MettreAJourCV", Requete_f_MettreAJourCV, Suite::Envoyer, std::nullopt},
+        // Not in the response order: once the check passed, the optician is shown the
+        // operation's name.
+        {"f_MettreAJourCV", Requete_f_MettreAJourCV, Suite::Envoyer, nullptr},
     };
     return operations;
 }

@@ -3,7 +3,6 @@
 // subsystem lists its own operations beside their request builders and store routines.
 #pragma once
 
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -26,9 +25,7 @@ struct Operation {
     std::string_view nom;
     Etape requete;  // null: nothing before the check
     Suite suite;
-    /// After a successful check. Null: nothing to store. Absent: the operation has no
-    /// row in the response order, and the optician is shown its name.
-    std::optional<Etape> reponse;
+    Etape reponse;  // after a successful check; null: nothing to store
 };
 
 /// A step with nothing to do.

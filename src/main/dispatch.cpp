@@ -29,6 +29,17 @@ constexpr const char* kTemporaireDeveloppeur = "/opt/Belvane_Classic/Temporaire.
 constexpr const char* kFrontalDeveloppeur = "/opt/Belvane_Classic/Belvane_Classic.accdb";
 #endif
 
+// The row of the first name of `ordre` that is the operation's, compared exactly; null
+// when none is.
+const Operation* dans_l_ordre(const std::vector<std::string_view>& ordre, std::string_view nom) {
+    for (std::string_view n : ordre) {
+        if (n == nom) {
+            return Trouver_Operation(n);
+        }
+    }
+    return nullptr;
+}
+
 // A step's unit of work ends with it: committed when the step succeeded; rolled back
 // when it failed, and then the host is answered 99 under the operation's name, unless
 // the step answered itself (an unreadable document, missing professional data).
@@ -52,7 +63,7 @@ Statut conclure(Run& run, std::string_view phase, Statut etape) {
 }
 
 void phase_requete(Run& run) {
-    const Operation* op = Trouver_Operation(run.F_Appel);
+    const Operation* op = dans_l_ordre(Ordre_Requetes(), run.F_Appel);
     if (op == nullptr) {
         run.ui->MsgBox(run.Chaine_Command + " -*- " + run.F_Appel + " -*- " + run.Chemin + " -*- " +
                        run.troisieme_mot);
@@ -73,13 +84,13 @@ void phase_requete(Run& run) {
 }
 
 void phase_reponse(Run& run) {
-    const Operation* op = Trouver_Operation(run.F_Appel);
-    if (op == nullptr || !op->reponse) {
+    const Operation* op = dans_l_ordre(Ordre_Reponses(), run.F_Appel);
+    if (op == nullptr) {
         run.ui->MsgBox(run.F_Appel);
         return;
     }
-    if (*op->reponse) {
-        (void)conclure(run, "de l'enregistrement", (*op->reponse)(run));
+    if (op->reponse) {
+        (void)conclure(run, "de l'enregistrement", op->reponse(run));
     }
 }
 
