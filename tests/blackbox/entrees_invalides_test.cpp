@@ -114,7 +114,7 @@ TEST_F(EntreesInvalides, AnEarlierAnswerNeverStandsForThisRun) {
               (Textes{"f_InitialisationPS", "99", "Les données de la CPS n'ont pu être lues"}));
 }
 
-TEST_F(EntreesInvalides, AMissingTableIsLoggedAndTheRestLeftAlone) {
+TEST_F(EntreesInvalides, AMissingTableFailsTheOperationAndIsLogged) {
     struct Cas {
         std::string operation, base, table;
     };
@@ -134,7 +134,10 @@ TEST_F(EntreesInvalides, AMissingTableIsLoggedAndTheRestLeftAlone) {
         ASSERT_TRUE(fin_propre(operation(c.operation)));
         EXPECT_EQ(instantane({pont(), hote()}), avant);
         sql(c.base, "ALTER TABLE cachee RENAME TO [" + c.table + "]");
-        EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")).size(), 3u) << "no well-formed answer";
+        const Textes r = resultat(fichier("ZEMO_Response.xml"));
+        ASSERT_EQ(r.size(), 3u) << "no well-formed answer";
+        EXPECT_EQ(r[0] + " " + r[1], c.operation + " 99");
+        EXPECT_NE(r[2].find(chemin_du_pont(c.base)), std::string::npos) << r[2];
         EXPECT_NE(log().find(c.table), std::string::npos) << log();
     }
 }

@@ -4,7 +4,6 @@
 
 #include "aide_test.h"
 #include "data/connexions.h"
-#include "data/instructions.h"
 #include "platform/systeme.h"
 
 namespace sv140 {
@@ -53,18 +52,6 @@ TEST_F(ConnexionTest, APathTheDriverWouldSplitIsRefused) {
     EXPECT_FALSE(fichier_existe(dossier_ / "a;b/SV140.accdb"));
 }
 
-// A database that could not be opened fails every statement sent to it, with the reason
-// and the path, and nothing else; the other databases of the run work.
-TEST_F(ConnexionTest, AnUnopenedDatabaseFailsItsOwnStatementsOnly) {
-    Statut s = bases_.hote.Execute("DELETE * FROM T_Etat_Civil;");
-    EXPECT_TRUE(s.base());
-    EXPECT_EQ(s.raison(), dossier_ / "absente.accdb" + " : base de données introuvable");
-    EXPECT_FALSE(bases_.hote.Ouvrir("SELECT 1;"));
-    EXPECT_TRUE(inserer(bases_.pont, "'a'"));
-    EXPECT_TRUE(UniteDeTravail(bases_).valider());
-    EXPECT_EQ(valides(), std::vector<std::string>{"a"});
-}
-
 TEST_F(ConnexionTest, AUnitIsCommittedWholeOrNotAtAll) {
     {
         UniteDeTravail unite(bases_);
@@ -108,24 +95,6 @@ TEST_F(ConnexionTest, ItemsAreRecordedOneUnitEach) {
     ASSERT_FALSE(s);
     EXPECT_EQ(s.raison().substr(0, s.raison().find(" (")), "non enregistré : facture 2, facture 4");
     EXPECT_NE(s.raison().find("UNIQUE"), std::string::npos) << s.raison();
-}
-
-TEST_F(ConnexionTest, SingleRowTablesAndLargestKey) {
-    Connexion& c = bases_.pont;
-    const std::string max = "SELECT Max([Sélection Verres].[N°]) AS Cle FROM [Sélection Verres];";
-    EXPECT_EQ(*Plus_Grande_Cle(c, max), 0);
-    for (const char* prix : {"1.5", "2.5"}) {
-        ASSERT_TRUE(Inserer_Ou_Mettre_A_Jour(
-            c, "SELECT [N°] FROM [Sélection Verres] WHERE [N°]=7;",
-            std::string("INSERT INTO [Sélection Verres] ( [N°], Prix ) VALUES ( 7, ") + prix +
-                " );",
-            std::string("UPDATE [Sélection Verres] SET Prix = ") + prix + " WHERE [N°]=7;"));
-    }
-    auto rs = Premiere_Ligne(c, "SELECT Count(*) AS N, Max(Prix) AS P FROM [Sélection Verres];");
-    ASSERT_TRUE(rs);
-    EXPECT_EQ(rs->champ("N").str() + " " + rs->champ("P").str(), "1 2.5");
-    EXPECT_EQ(*Plus_Grande_Cle(c, max), 7);
-    EXPECT_FALSE(Plus_Grande_Cle(c, "SELECT Max(x) FROM Absente;"));
 }
 
 TEST_F(ConnexionTest, ValuesReadAsTheHostReadsThem) {
