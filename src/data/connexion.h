@@ -98,7 +98,7 @@ class Connexion {
     /// The engine a file calls for, by its first 16 bytes (Aucun when missing).
     static Moteur moteur_du_fichier(const std::string& chemin);
     /// Creates a new, empty SQLite database file (for sv140-shop only: the bridge
-    /// itself never creates a database). False with `erreur` on failure.
+    /// itself never creates a database), in WAL mode. A failure says why.
     static Statut creer_sqlite(const std::string& chemin);
 
   private:

@@ -20,8 +20,7 @@ std::optional<XmlDocument> Charger_Document(Run& run, std::string_view nom,
 }
 
 std::optional<XmlDocument> Charger_Reponse(Run& run, std::string_view appelant) {
-    return Charger_Document(run, fichiers::kReponse, appelant,
-                            "Impossible de lire ZEMO_SvResponse.xml");
+    return Charger_Document(run, fichiers::kReponse, appelant, kReponseIllisible);
 }
 
 Champs::Champs(std::initializer_list<std::string_view> chemins) {

@@ -92,16 +92,17 @@ bool Envoyer_Requete(Run& run, std::string_view operation, long taille) {
 }
 
 bool Executer_ZR(Run& run, const std::string& requete, long taille) {
+    double voulue = static_cast<double>(taille);
     if (taille == 0) {
         // A read of its own, ended before the call: no transaction stays open while
         // the middleware works.
         UniteDeTravail lecture(run.bases());
-        taille = Taille_Tampon(Lire_Taille_Buffer(run.bases()));
+        voulue = Lire_Taille_Buffer(run.bases());
     }
-    if (long bornee = Taille_Tampon(static_cast<double>(taille)); bornee != taille) {
-        run.log("Taille de tampon ramenée de " + std::to_string(taille) + " à " +
-                std::to_string(bornee));
-        taille = bornee;
+    taille = Taille_Tampon(voulue);
+    if (taille != voulue) {
+        run.log("Taille de tampon ramenée de " + Nombre_SQL(voulue) + " à " +
+                std::to_string(taille));
     }
     // Written first: if the middleware ends the process or never returns, this
     // document is the answer the host finds.
@@ -163,7 +164,7 @@ bool lire_reponse(Run& run, int essai) {
         run.ui->MsgBox("Le fichier : " + chemin +
                            "\r\nnon présent ! Veuillez réessayer dans quelques instants",
                        "Reponse", Icone::Critique);
-        Reponse_Erreur(run, "99", "Impossible de lire ZEMO_SvResponse.xml", run.F_Appel);
+        Reponse_Erreur(run, "99", kReponseIllisible, run.F_Appel);
         return false;
     }
     XmlDocument doc;
@@ -197,7 +198,11 @@ bool lire_reponse(Run& run, int essai) {
                 std::nearbyint(Val(std::string_view(libelle).substr(attendue + 9)) * 1.1);
             taille = attendu >= 1 ? Taille_Tampon(attendu) : 0;
         }
-        (void)Requete_f_RecupMessage(run, run.F_Appel);
+        // Unsaved, the recovery request would leave the first request to be sent again.
+        if (Statut s = Requete_f_RecupMessage(run, run.F_Appel); !s) {
+            Reponse_Erreur(run, "99", s.raison(), run.F_Appel);
+            return false;
+        }
         run.log("F_Appel : " + run.F_Appel + " Buffer : " + std::to_string(taille));
         Envoyer_Requete(run, run.F_Appel, taille + 1);
         if (run.interruption) {

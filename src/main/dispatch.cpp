@@ -232,7 +232,7 @@ bool Executer_Run(Run& run, const std::string& ligne) {
     // can read.
     XmlDocument doc;
     if (fichier_existe(reponse) && !doc.charger_fichier(reponse)) {
-        Reponse_Erreur(run, "99", "Impossible de lire ZEMO_SvResponse.xml", run.F_Appel);
+        Reponse_Erreur(run, "99", kReponseIllisible, run.F_Appel);
     }
     Copier_Fichier(reponse, run.fichier(fichiers::kReponseHote), true);
     return true;
