@@ -16,6 +16,7 @@ constexpr const char* kCartes = "cartes";
 constexpr const char* kLecteur = "lecteur.txt";
 constexpr const char* kFactures = "factures.xml";
 constexpr const char* kPanne = "panne.xml";
+constexpr const char* kJour = "jour.txt";
 constexpr const char* kAttente = "attente";
 constexpr const char* kExtension = ".xml";
 
@@ -220,6 +221,15 @@ void Depot::oublier_message(const std::string& operation) const {
     if (nom_sur(operation)) {
         supprimer_fichier(chemin_message(operation));
     }
+}
+
+int Depot::decalage_jours() const {
+    std::string contenu;
+    return lire_fichier(chemin(kJour), contenu) ? entier(contenu) : 0;
+}
+
+bool Depot::ecrire_decalage_jours(int jours, std::string& erreur) const {
+    return ecrire(chemin(kJour), std::to_string(jours) + "\n", erreur);
 }
 
 void Depot::effacer_attentes() const {

@@ -7,6 +7,8 @@
 //   lecteur.txt          id of the Vitale card in the reader; empty or absent = none
 //   factures.xml         the invoices the middleware knows (`listeFacture`)
 //   panne.xml            a one-shot failure for the next call of one function
+//   jour.txt             days added to the system clock to make the simulated day;
+//                        absent = 0
 //   attente/<op>.xml     the last answer of <op> that did not fit the caller's buffer
 //
 // A missing folder is a valid state: no card of any kind, nothing pending.
@@ -67,6 +69,9 @@ class Depot {
     bool conserver_message(const std::string& operation, const std::string& octets) const;
     std::optional<std::string> message_conserve(const std::string& operation) const;
     void oublier_message(const std::string& operation) const;
+    /// Days the simulated day stands after the system clock's (0 when none is kept).
+    int decalage_jours() const;
+    bool ecrire_decalage_jours(int jours, std::string& erreur) const;
     /// Forgets every kept answer and planted failure.
     void effacer_attentes() const;
 

@@ -50,6 +50,13 @@ bool Injecter_Retour(const std::string& dossier_zrsim, const std::string& foncti
     return Depot(dossier_zrsim).planter_panne(Panne{fonction, retour, 0, {}}, erreur);
 }
 
+bool Avancer_Jours(const std::string& dossier_zrsim, int jours, int& decalage,
+                   std::string& erreur) {
+    const Depot depot(dossier_zrsim);
+    decalage = depot.decalage_jours() + jours;
+    return depot.ecrire_decalage_jours(decalage, erreur);
+}
+
 int Executer(const std::string& dossier_zrsim, const char* requete, char* reponse, int* taille) {
     if (requete == nullptr || reponse == nullptr || taille == nullptr || *taille <= 0) {
         return kRetourArgumentInvalide;

@@ -62,6 +62,11 @@ bool Injecter_Erreur(const std::string& dossier_zrsim, const std::string& foncti
 bool Injecter_Retour(const std::string& dossier_zrsim, const std::string& fonction, int retour,
                      std::string& erreur);
 
+/// Moves the simulated day `jours` days on (back when negative) from where it stands,
+/// so that what an insurer answers days later can be seen now. The new offset from the
+/// system clock is returned in `decalage`. False with `erreur` filled when the state
+/// cannot be written.
+bool Avancer_Jours(const std::string& dossier_zrsim, int jours, int& decalage, std::string& erreur);
 /// The middleware's entry point over a given state folder. `requete`: Windows-1252
 /// text, NUL-terminated; `reponse`: `*taille` bytes, filled with the answer in
 /// ISO-8859-1 followed by a NUL when room is left. An answer longer than `*taille`
