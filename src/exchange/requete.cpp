@@ -17,14 +17,14 @@ Requete::Requete(std::string_view operation, std::string_view versionMessage) {
     operation_.ajouter("versionMessage", versionMessage);
 }
 
-Statut Requete::ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) {
+Statut Requete::ajouter_PS(Run& run, XmlNoeud parent, bool avec_numSitu, bool avec_motDePasse) {
     IdentifiantsPS ps;
     Statut lus = Lire_Identifiants_PS(run.bases(), ps);
     if (!lus) {
         Reponse_Erreur(run, "99", lus.raison(), "f_InitialisationPS");
         lus = Statut::Deja_Repondu(lus.raison());
     }
-    XmlNoeud bloc = operation_.ajouter("PS");
+    XmlNoeud bloc = parent.ajouter("PS");
     bloc.ajouter("idNat", ps.idNat);
     bloc.ajouter("idFac", ps.idFac);
     if (avec_numSitu) {

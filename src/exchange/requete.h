@@ -20,7 +20,11 @@ class Requete {
     /// Appends the professional block PS from Lire_Identifiants_PS. The block is
     /// written even when the identifiers could not be read, with what was found; the
     /// failure says so, its code 99 answer already written.
-    Statut ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse);
+    Statut ajouter_PS(Run& run, bool avec_numSitu, bool avec_motDePasse) {
+        return ajouter_PS(run, operation_, avec_numSitu, avec_motDePasse);
+    }
+    /// The same block appended to `parent`, a group of the request.
+    Statut ajouter_PS(Run& run, XmlNoeud parent, bool avec_numSitu, bool avec_motDePasse);
     /// Saves ZEMO_SvRequest.xml in the program folder.
     Statut enregistrer(Run& run) const;
 
