@@ -151,15 +151,14 @@ Statut Requete_f_CreerFacture(Run& run) {
     Champs actes{"nombreLignesActes", "totalNetProduitsPriseEnChargeAMC"};
     actes.lire(*entree, "/BelvaneClassicII/donneesActe");
 
+    // The scheme's field holds 27 characters (not bytes: a name may hold accents).
     std::string refPrescripteur = facture("refPrescripteur");
-    if (refPrescripteur.size() > 27) {
-        // The scheme's field holds 27 characters; a cut inside an accent would leave
-        // half a character.
-        std::size_t coupe = 27;
-        while (coupe > 0 && (static_cast<unsigned char>(refPrescripteur[coupe]) & 0xC0) == 0x80) {
-            --coupe;
+    std::size_t caracteres = 0;
+    for (std::size_t i = 0; i < refPrescripteur.size(); ++i) {
+        if ((static_cast<unsigned char>(refPrescripteur[i]) & 0xC0) != 0x80 && ++caracteres > 27) {
+            refPrescripteur.resize(i);
+            break;
         }
-        refPrescripteur.resize(coupe);
     }
     std::string numeroMutuelle = tp("numeroMutuelle");
     if (numeroMutuelle == "099999997") {
