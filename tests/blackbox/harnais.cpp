@@ -479,9 +479,9 @@ Execution BoiteNoire::executer(Textes argv, const Textes& arguments, const std::
     ecrire(base + ".in", entree);
     // The watchdog ends a stuck run; libfaketime is preloaded ahead of a sanitized
     // bridge's runtime.
-    std::string ligne =
-        "cd " + mot(racine) +
-        " && ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 timeout -s KILL 180";
+    std::string ligne = "cd " + mot(racine) +
+                        " && ASAN_OPTIONS=$ASAN_OPTIONS:verify_asan_link_order=0 timeout -s KILL " +
+                        (tuer_apres > 0 ? std::to_string(tuer_apres) : std::string("180"));
     for (const auto& a : argv) {
         ligne += " " + mot(a);
     }

@@ -168,6 +168,8 @@ class BoiteNoire : public ::testing::Test {
     /// The native runs' clock stands still at its instant; a run that must see time pass
     /// (a wait that gives up after a while) lets it run from there.
     bool horloge_figee = true;
+    /// Seconds after which the next runs are killed (SIGKILL); 0: only a stuck run is.
+    double tuer_apres = 0;
 
   private:
     Execution executer(Textes argv, const Textes& arguments, const std::string& entree);
