@@ -7,20 +7,10 @@
 
 #include "platform/encodage.h"
 #include "platform/xml.h"
+#include "sim/appel.h"
 #include "sim/reponse.h"
 
 namespace sv140::sim {
-
-namespace {
-
-/// What a function sees of the call: the state and its request element.
-struct Appel {
-    const Depot& depot;
-    std::string operation;
-    XmlNoeud requete;
-};
-
-using Erreur = std::optional<Reponse>;
 
 Reponse erreur(const Appel& a, int code, std::string libelle) {
     return reponse_erreur(a.operation, code, std::move(libelle));
@@ -38,23 +28,20 @@ bool chiffres(const std::string& t, std::size_t n) {
     return true;
 }
 
-// Situation numbers are compared as numbers: the host may send "01" for situation 1.
 std::string sans_zeros(const std::string& t) {
     const auto debut = t.find_first_not_of('0');
     return debut == std::string::npos ? (t.empty() ? t : "0") : t.substr(debut);
 }
 
+namespace {
+
 std::string id_facturation(const Element& situation) {
     return situation.texte_de("NUM_IDFACPS") + situation.texte_de("CLE_IDFACPS");
 }
 
-struct ExigencesPS {
-    bool numSitu = false;
-    bool motDePasse = false;
-};
+}  // namespace
 
-/// The professional block checks of the functions that act for a professional: the
-/// card must be in its reader and the block must name it and one of its situations.
+// Situation numbers are compared as numbers: the host may send "01" for situation 1.
 Erreur verifier_PS(const Appel& a, ExigencesPS exigences) {
     const std::optional<Element> cps = a.depot.cps();
     if (!cps) {
@@ -100,7 +87,6 @@ Erreur verifier_PS(const Appel& a, ExigencesPS exigences) {
     return erreur(a, kIdFacInconnu, "Identifiant de facturation '" + idFac + "' inconnu");
 }
 
-/// The Vitale card in the reader, or the error that its absence gives.
 Erreur lire_carte(const Appel& a, Element& contexte) {
     const std::string id = a.depot.carte_lecteur();
     if (id.empty()) {
@@ -113,6 +99,8 @@ Erreur lire_carte(const Appel& a, Element& contexte) {
     contexte.nom = "contexteCVitale";
     return std::nullopt;
 }
+
+namespace {
 
 Element donnees_version() {
     Element v("donneesVersion");
