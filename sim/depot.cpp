@@ -14,7 +14,7 @@ namespace {
 constexpr const char* kCps = "cps.xml";
 constexpr const char* kCartes = "cartes";
 constexpr const char* kLecteur = "lecteur.txt";
-constexpr const char* kFactures = "factures.xml";
+constexpr const char* kFactures = "factures.txt";
 constexpr const char* kPanne = "panne.xml";
 constexpr const char* kJour = "jour.txt";
 constexpr const char* kAttente = "attente";
@@ -162,18 +162,13 @@ bool Depot::inserer(const std::string& id, std::string& erreur) const {
     return ecrire(chemin(kLecteur), id.empty() ? std::string() : id + "\n", erreur);
 }
 
-Element Depot::factures() const {
-    Element liste;
-    std::string erreur;
-    if (!charger_element(chemin(kFactures), liste, erreur)) {
-        return Element("listeFacture");
-    }
-    liste.nom = "listeFacture";
-    return liste;
+Registre Depot::factures() const {
+    std::string contenu;
+    return lire_fichier(chemin(kFactures), contenu) ? lire_registre(contenu) : Registre{};
 }
 
-bool Depot::ecrire_factures(const Element& listeFacture, std::string& erreur) const {
-    return ecrire(chemin(kFactures), texte_etat(listeFacture), erreur);
+bool Depot::ecrire_factures(const Registre& registre, std::string& erreur) const {
+    return ecrire(chemin(kFactures), texte_registre(registre), erreur);
 }
 
 std::optional<Panne> Depot::prendre_panne(const std::string& fonction) const {

@@ -5,7 +5,8 @@
 //                        `situation` children); absent = no professional card
 //   cartes/<id>.xml      the library of Vitale cards, one `contexteCVitale` each
 //   lecteur.txt          id of the Vitale card in the reader; empty or absent = none
-//   factures.xml         the invoices the middleware knows (`listeFacture`)
+//   factures.txt         the invoices the middleware knows and their numbering
+//                        (format in registre.h); absent = none, numbering from 1
 //   panne.xml            a one-shot failure for the next call of one function
 //   jour.txt             days added to the system clock to make the simulated day;
 //                        absent = 0
@@ -19,6 +20,7 @@
 #include <vector>
 
 #include "sim/element.h"
+#include "sim/registre.h"
 
 namespace sv140::sim {
 
@@ -56,9 +58,9 @@ class Depot {
     std::string carte_lecteur() const;
     bool inserer(const std::string& id, std::string& erreur) const;
 
-    /// The invoices known (`listeFacture`, empty when none).
-    Element factures() const;
-    bool ecrire_factures(const Element& listeFacture, std::string& erreur) const;
+    /// The invoices known (none when the file is absent).
+    Registre factures() const;
+    bool ecrire_factures(const Registre& registre, std::string& erreur) const;
 
     /// Takes the failure planted for `fonction`, deleting it; nothing when none is
     /// planted for that function (a failure for another function stays).

@@ -1,6 +1,8 @@
 #include "sim/etat.h"
 
+#include <algorithm>
 #include <cstring>
+#include <unordered_set>
 
 #include "sim/cartes_demo.h"
 #include "sim/depot.h"
@@ -20,7 +22,40 @@ bool Initialiser_Etat_Demo(const std::string& dossier_zrsim, std::string& erreur
         }
     }
     depot.effacer_attentes();
-    return depot.ecrire_factures(Element("listeFacture"), erreur) && depot.inserer("", erreur);
+    return depot.ecrire_factures(Registre{}, erreur) && depot.ecrire_decalage_jours(0, erreur) &&
+           depot.inserer("", erreur);
+}
+
+bool Ajouter_Factures(const std::string& dossier_zrsim, const std::vector<FactureSimulee>& factures,
+                      std::vector<long long>& numeros, std::string& erreur) {
+    const Depot depot(dossier_zrsim);
+    Registre registre = depot.factures();
+    std::unordered_set<long long> pris;
+    for (const FactureSimulee& f : registre.factures) {
+        pris.insert(f.numeroFacture);
+    }
+    numeros.clear();
+    for (const FactureSimulee& donnee : factures) {
+        FactureSimulee& f = registre.factures.emplace_back(donnee);
+        if (f.numeroFacture == 0) {
+            f.numeroFacture = ++registre.derniere_facture;
+        }
+        registre.derniere_facture = std::max(registre.derniere_facture, f.numeroFacture);
+        if (f.numeroFacture < 0 || !pris.insert(f.numeroFacture).second) {
+            erreur = "Numéro de facture déjà pris ou invalide : " + std::to_string(f.numeroFacture);
+            numeros.clear();
+            return false;
+        }
+        numeros.push_back(f.numeroFacture);
+    }
+    return depot.preparer(erreur) && depot.ecrire_factures(registre, erreur);
+}
+
+std::vector<FactureSimulee> Lire_Factures(const std::string& dossier_zrsim) {
+    std::vector<FactureSimulee> factures = Depot(dossier_zrsim).factures().factures;
+    std::sort(factures.begin(), factures.end(),
+              [](const auto& x, const auto& y) { return x.numeroFacture < y.numeroFacture; });
+    return factures;
 }
 
 bool Inserer_Carte(const std::string& dossier_zrsim, const std::string& id_carte,

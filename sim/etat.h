@@ -19,13 +19,60 @@
 //       douze     twelve beneficiaries
 //       mutuelle  one beneficiary with COD_SEB 13, a mutual number and no CPL_NU2,
 //                 another with CPL_NU2 filled
-//   - an empty reader, no invoice, nothing pending.
+//   - an empty reader, no invoice (numbering starts again at 1), the simulated day on
+//     the system clock's, nothing pending.
+//
+// Invoices. f_CreerFacture prices each act line from the simulator's own LPP tariffs
+// (an act without LPP code, or with a code the table lacks, is based on its whole fee)
+// at the rate of the beneficiary found on a card of the library (same insured NIR and
+// birth date, same first name or rank): 60, or 100 with exoneration code 4 during a
+// long-term illness period. A beneficiary found on no card is priced at 60 and deemed
+// covered; one found but without AMO rights on the care date is priced at 60 too, and
+// the insurer rejects the invoice later. The invoice is "Degrade" when no Vitale card is
+// in the reader, "Sesam-Vitale" otherwise. f_EnvoyerToutesFactures puts every waiting
+// invoice in a lot of its paying organisation (lot "000001"..., degraded lots
+// "D00002"...); two simulated days after that, f_LireInfosRetourFacture reports it paid
+// (or rejected, for want of rights) with the payments in euros.
 #pragma once
 
 #include <string>
 #include <vector>
 
 namespace sv140::sim {
+
+/// One act line of a simulated invoice. Amounts are in cents.
+struct ActeSimule {
+    std::string dateSoins;
+    std::string codeActeNGAP;
+    std::string codeLPP;  ///< answered as codeAffine/codeAffineDetaille
+    std::string typePrestation;
+    int quantite = 1;
+    int tauxRemboursement = 60;
+    long long montantHonoraires = 0, baseRemboursement = 0, montantAMO = 0, montantAMC = 0;
+    std::string qualifDepense;
+    std::string codeExo = "0";
+};
+
+/// An invoice the simulated middleware knows. Amounts are in cents; the patient's share
+/// is always the fee less the two insurers' shares.
+struct FactureSimulee {
+    long long numeroFacture = 0;  ///< 0 when seeding: the next number of the sequence
+    std::string dateFacture;      ///< as the host wrote it (yyyymmdd, dd/mm/yyyy, yyyy-mm-dd)
+    std::string natureAssurance = "MAL";
+    std::string codeRegime, codeCaisse, codeCentre;  ///< the paying organisation
+    std::string numeroMutuelle, typeTP;
+    std::string typeCertification = "Sesam-Vitale";  ///< or "Degrade"
+    std::string nir, nom, prenom, dateNaissance;     ///< the beneficiary
+    std::string numeroPrescripteur, datePrescription;
+    /// False: the beneficiary had no AMO rights on the care date; the insurer rejects it.
+    bool droitsAMO = true;
+    long long montantHonoraires = 0, montantAMO = 0, montantAMC = 0;
+    std::vector<ActeSimule> actes;  ///< may be empty: the totals above are kept as given
+    /// Set when the invoice is sent; empty while it waits. A lot number that starts with
+    /// a letter is a lot of degraded invoices.
+    std::string numeroLot;
+    std::string jourEnvoi;  ///< simulated day of the sending, yyyymmdd
+};
 
 /// Ids of the cards the demo state holds.
 inline constexpr const char* kCartesDemo[] = {"famille", "ald",   "periodes", "accents",
@@ -42,6 +89,18 @@ inline constexpr int kRetourErreurInterne = 3;     ///< unexpected failure insid
 /// or planted failure. Cards of other ids already there are kept. False with `erreur`
 /// filled when a file cannot be written.
 bool Initialiser_Etat_Demo(const std::string& dossier_zrsim, std::string& erreur);
+
+/// Adds invoices to the state as they are given, without pricing them, for a shop or a
+/// benchmark that needs many of them at once. An invoice numbered 0 takes the next
+/// number of the sequence; a given number moves the sequence on past it. Leave
+/// `numeroLot` empty for a waiting invoice. `numeros` receives the number of each
+/// invoice, in order. False with `erreur` filled, and nothing added, when a number is
+/// already in use (or given twice) or the state cannot be written.
+bool Ajouter_Factures(const std::string& dossier_zrsim, const std::vector<FactureSimulee>& factures,
+                      std::vector<long long>& numeros, std::string& erreur);
+
+/// Every invoice of the state, by increasing number; empty when none.
+std::vector<FactureSimulee> Lire_Factures(const std::string& dossier_zrsim);
 
 /// Puts a card of the library in the reader; "" empties the reader. False with `erreur`
 /// filled for an unknown id or when the reader file cannot be written.

@@ -8,6 +8,7 @@
 #include "platform/encodage.h"
 #include "platform/xml.h"
 #include "sim/appel.h"
+#include "sim/facturation.h"
 #include "sim/reponse.h"
 
 namespace sv140::sim {
@@ -182,15 +183,6 @@ Reponse f_MettreAJourCV(const Appel& a) {
     return reponse_carte(a);
 }
 
-Reponse f_ListerFactures(const Appel& a) {
-    if (Erreur e = verifier_PS(a, {})) {
-        return *e;
-    }
-    Reponse r = reponse_succes(a.operation);
-    r.donnees.ajouter_arbre(a.depot.factures());
-    return r;
-}
-
 std::string annee_en_cours() {
     using namespace std::chrono;
     const year_month_day jour{floor<days>(system_clock::now())};
@@ -257,8 +249,13 @@ const std::map<std::string, Fonction, std::less<>>& fonctions() {
         {"f_InitialisationPS", f_InitialisationPS},
         {"f_LireCVitale", f_LireCVitale},
         {"f_MettreAJourCV", f_MettreAJourCV},
-        {"f_ListerFactures", f_ListerFactures},
         {"f_LireInfosComplementaire", f_LireInfosComplementaire},
+        {"f_CreerFacture", f_CreerFacture},
+        {"f_LireFacture", f_LireFacture},
+        {"f_SupprimerFacture", f_SupprimerFacture},
+        {"f_ListerFactures", f_ListerFactures},
+        {"f_EnvoyerToutesFactures", f_EnvoyerToutesFactures},
+        {"f_LireInfosRetourFacture", f_LireInfosRetourFacture},
     };
     return table;
 }

@@ -25,6 +25,14 @@ enum CodeErreur : int {
     kCarteVitaleIllisible = 131,
     kAucunMessage = 140,
     kComplementaireIncomplet = 150,
+    kDonneesFactureAbsentes = 160,
+    kBeneficiaireAbsent = 161,
+    kAucunActe = 162,
+    kMontantInvalide = 163,
+    kFactureInconnue = 164,
+    kFactureDejaEnvoyee = 165,
+    kPeriodeInvalide = 166,
+    kEtatNonEnregistre = 169,
     kTailleInsuffisante = 271,
 };
 
