@@ -25,7 +25,7 @@ constexpr const char* kEntreeIllisible = "Impossible de lire ZEMO_Request.xml";
 constexpr const char* kFacture = "/BelvaneClassicII/donneesFacture";
 
 // Whether a text is a number as the host writes one ("12", "-3.5"): anything else reads
-// as zero, and the log says which element held it.
+// as its leading number (0 without one), and the log says which element held it.
 bool est_nombre(std::string_view t) {
     const std::string s = Trim(t);
     std::size_t i = (!s.empty() && (s[0] == '-' || s[0] == '+')) ? 1 : 0;
@@ -45,7 +45,8 @@ bool est_nombre(std::string_view t) {
 double nombre(const Run& run, const Champs& champs, std::string_view nom) {
     const std::string& texte = champs(nom);
     if (!texte.empty() && !est_nombre(texte)) {
-        run.log("Valeur non numérique lue comme 0 : " + std::string(nom) + " = '" + texte + "'");
+        run.log("Valeur non numérique : " + std::string(nom) + " = '" + texte + "', lue " +
+                Nombre_SQL(Val(texte)));
     }
     return Val(texte);
 }

@@ -13,6 +13,7 @@
 namespace sv140 {
 
 struct Run;
+class XmlDocument;
 
 /// The operations of this subsystem.
 std::span<const Operation> Operations_Facturation();
@@ -57,6 +58,10 @@ Statut Stocker_Lots_Test(Run& run);
 /// f_ListerFactures: checks the list of invoices the middleware knows. Nothing is
 /// stored: the host reads the list from ZEMO_Response.xml.
 Statut Lire_Liste_Factures(Run& run);
+
+/// Whether the middleware reports an error in any result of its answer (logged): then
+/// nothing of the answer is stored, and the host reads the error in it.
+bool Erreur_Intergiciel(Run& run, const XmlDocument& doc);
 
 /// One invoice of a lot, as the middleware reports it.
 struct FactureLot {

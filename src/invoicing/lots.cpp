@@ -17,6 +17,19 @@
 #include "tools/outils.h"
 
 namespace sv140 {
+
+bool Erreur_Intergiciel(Run& run, const XmlDocument& doc) {
+    for (const XmlNoeud& resultat : doc.selectionner("/ZRMESSAGE/resultat")) {
+        Champs r{"codeErreur", "libelleErreur"};
+        r.lire(resultat);
+        if (Val(r("codeErreur")) > 0) {
+            run.log("Erreur de l'intergiciel " + r("codeErreur") + " : " + r("libelleErreur"));
+            return true;
+        }
+    }
+    return false;
+}
+
 namespace {
 
 constexpr const char* kLots = "/ZRMESSAGE/resultat/donnees/donneesEnvoi/lot/donneesFacture";
@@ -27,19 +40,6 @@ constexpr const char* kLotsImbriques =
 std::string sans_barres(std::string texte) {
     std::erase(texte, '\\');
     return texte;
-}
-
-// The middleware's error, when it reports one in any of its results.
-bool erreur_intergiciel(Run& run, const XmlDocument& doc) {
-    for (const XmlNoeud& resultat : doc.selectionner("/ZRMESSAGE/resultat")) {
-        Champs r{"codeErreur", "libelleErreur"};
-        r.lire(resultat);
-        if (Val(r("codeErreur")) > 0) {
-            run.log("Erreur de l'intergiciel " + r("codeErreur") + " : " + r("libelleErreur"));
-            return true;
-        }
-    }
-    return false;
 }
 
 // The invoices of one pass, all read before any is recorded, with the pass's internal
@@ -90,7 +90,7 @@ Statut stocker(Run& run, bool seconde_passe) {
     if (!doc) {
         return Statut::Deja_Repondu("réponse illisible");
     }
-    if (erreur_intergiciel(run, *doc)) {
+    if (Erreur_Intergiciel(run, *doc)) {
         return Statut::Deja_Repondu("erreur de l'intergiciel");
     }
     Statut premiere = enregistrer_passe(run, *doc, kLots);
@@ -162,7 +162,7 @@ Statut Lire_Liste_Factures(Run& run) {
     if (!doc) {
         return Statut::Deja_Repondu("réponse illisible");
     }
-    if (erreur_intergiciel(run, *doc)) {
+    if (Erreur_Intergiciel(run, *doc)) {
         return Statut::Deja_Repondu("erreur de l'intergiciel");
     }
     auto numeros = doc->selectionner("/ZRMESSAGE/resultat/donnees/listeFacture/numeroFacture");

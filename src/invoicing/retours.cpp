@@ -208,13 +208,8 @@ Statut Stocker_Retours(Run& run) {
     }
     const std::string reponse = run.fichier(fichiers::kReponse);
     run.log("Retour OK : " + reponse);
-    for (const XmlNoeud& resultat : doc->selectionner("/ZRMESSAGE/resultat")) {
-        Champs r{"codeErreur", "libelleErreur"};
-        r.lire(resultat);
-        if (Val(r("codeErreur")) > 0) {
-            run.log("Erreur de l'intergiciel " + r("codeErreur") + " : " + r("libelleErreur"));
-            return Statut::Deja_Repondu("erreur de l'intergiciel");
-        }
+    if (Erreur_Intergiciel(run, *doc)) {
+        return Statut::Deja_Repondu("erreur de l'intergiciel");
     }
     const struct {
         const char* journal;
@@ -239,15 +234,11 @@ Statut Stocker_Retours(Run& run) {
         }
     }
     run.log("UPDATE Date");
-    {
-        UniteDeTravail unite(run.bases());
-        Statut s = Dater_Edition_TPGEN(run);
-        if (s) {
-            s = unite.valider();
-        }
-        if (!s) {
-            echecs.push_back(Statut::Echec("date d'édition non enregistrée (" + s.raison() + ")"));
-        }
+    if (Statut s = Enregistrer_Par_Unite(
+            run.bases(), 1, [&](std::size_t) { return Dater_Edition_TPGEN(run); },
+            [](std::size_t) { return "date d'édition"; });
+        !s) {
+        echecs.push_back(s);
     }
     if (echecs.empty()) {
         return {};

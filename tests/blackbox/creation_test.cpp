@@ -223,7 +223,7 @@ TEST_F(Creation, TheCreatedInvoiceIsStoredWithItsLines) {
               (Lignes{{"1", "MON", "2210546", "", "120.0", "2.84", "60", "1", "1.7", "30.0",
                        "Aucun", "0"},
                       {"1", "VER", "", "V", "191.0", "0.0", "60", "2", "0.0", "120.0", "N", "3"}}));
-    EXPECT_NE(log().find("Valeur non numérique lue comme 0 : montantAMO = 'n/a'"),
+    EXPECT_NE(log().find("Valeur non numérique : montantAMO = 'n/a', lue 0"),
               std::string::npos);
 }
 

@@ -70,6 +70,8 @@ class Lots : public BoiteNoire {
         {"6", "18", "11", "123", "4567", ""},
         {"7", "D0003", "02", "621", "0000", "MSA DU NORD"},
         {"99", "17", "01", "131", "0000", "CPAM DES BOUCHES-DU-RHONE"},
+        // Sent twice: recorded twice, alike.
+        {"6", "18", "11", "123", "4567", ""},
     };
     const Lignes attendus_ = {
         {"000000123", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL", "NULL"},
