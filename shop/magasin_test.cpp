@@ -1,5 +1,6 @@
 // A new shop: the databases accept the bridge's and the host's statements as they send
-// them and start with the values their flows rely on; nothing already there is replaced.
+// them, find their rows through an index, and start with the values their flows rely on;
+// nothing already there is replaced.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -8,7 +9,9 @@
 #include <sstream>
 #include <string>
 
+#include "data/access_sql.h"
 #include "data/connexion.h"
+#include "platform/horloge.h"
 #include "platform/intergiciel.h"
 #include "shop/installation.h"
 #include "shop/schema.h"
@@ -93,6 +96,70 @@ TEST_F(Schema, LesBasesAcceptentLesInstructionsDuPontEtDeLHote) {
         std::istringstream valeurs(i.premiere_ligne);
         for (std::string v; valeurs >> v;) {
             EXPECT_EQ(v, v.substr(0, v.find('=') + 1) + rs->champ(v.substr(0, v.find('='))).str());
+        }
+    }
+}
+
+// The look-ups of the invoicing and attachment flows, as the bridge sends them: none
+// reads a whole table, so none slows down as the shop's history grows.
+TEST_F(Schema, LesRecherchesDuPontPassentParUnIndex) {
+    std::string erreur;
+    ASSERT_TRUE(Creer_Bases(dossier_.string(), (dossier_ / kBaseTemporaire).string(), erreur))
+        << erreur;
+    const char* P = kBasePont;
+    const char* H = kBaseHote;
+    const std::pair<const char*, const char*> recherches[] = {
+        {P,
+         "SELECT T_InfosFacture.Info_Facture_NUMFAC, T_InfosFacture.Info_Facture_ID FROM "
+         "T_InfosFacture WHERE (((T_InfosFacture.Info_Facture_NUMFAC)='123'));"},
+        {P,
+         "DELETE T_InfosDetailFacture.Info_Facture_ID_FK  FROM T_InfosDetailFacture WHERE "
+         "(((T_InfosDetailFacture.Info_Facture_ID_FK)=7));"},
+        {P,
+         "UPDATE T_InfosBordereaux SET T_InfosBordereaux.Info_Bordereau_NumLot_DRE = 'A' "
+         "WHERE (((T_InfosBordereaux.Info_Bordereau_numFacture)='123'));"},
+        {P,
+         "SELECT T_InfosAdresse.Info_Adresse_ID From T_InfosAdresse WHERE "
+         "(((T_InfosAdresse.Info_Adresse_codeRegime)='01') AND "
+         "((T_InfosAdresse.Info_Adresse_codeCaisse)='131') AND "
+         "((T_InfosAdresse.Info_Adresse_codeCentre)='0000'));"},
+        {P,
+         "UPDATE T_InfosSCor SET T_InfosSCor.C_Statut = 3, T_InfosSCor.InfosSCor_LibelError = "
+         "'x', T_InfosSCor.InfosSCor_ARL = 0 WHERE (((Trim(Val([InfosSCor_NUMFAC])))='123'));"},
+        {P,
+         "SELECT T_InfosSCor.* FROM T_InfosSCor WHERE (((T_InfosSCor.Pointage)=True) AND "
+         "((T_InfosSCor.InfosSCor_DateEnvoi) Is Null) AND ((T_InfosSCor.idDossier)>0)) ORDER BY "
+         "T_InfosSCor.InfosSCor_NUMFAC;"},
+        {H,
+         "SELECT [Bordereau Mutuelle].* From [Bordereau Mutuelle] WHERE ((([Bordereau "
+         "Mutuelle].NumFacture)='123'));"},
+        {H,
+         "UPDATE [Bordereau Mutuelle] SET [Bordereau Mutuelle].Paiement_RC = 1, [Bordereau "
+         "Mutuelle].Date_pointage = Date() WHERE ((([Bordereau "
+         "Mutuelle].NumFicheCommande)=\"FC000123\") AND (([Bordereau "
+         "Mutuelle].TotalMutuelle)>0));"},
+        {H,
+         "UPDATE [Bordereau Mutuelle] SET [Bordereau Mutuelle].DateEdition = #11/24/2026# "
+         "WHERE ((([Bordereau Mutuelle].Mutuelle)=3) AND (([Bordereau Mutuelle].DateEdition) "
+         "Is Null));"},
+        {H,
+         "SELECT [Fichier des Mutuelles].[Nom Mutuelle], [Contrat Mutuelles].N° FROM [Fichier "
+         "des Mutuelles] INNER JOIN [Contrat Mutuelles] ON [Fichier des Mutuelles].Compteur = "
+         "[Contrat Mutuelles].Lien WHERE ((([Fichier des Mutuelles].[Nom "
+         "Mutuelle])='[TPGEN]'));"},
+    };
+    for (const auto& [base, sql] : recherches) {
+        SCOPED_TRACE(sql);
+        Connexion cnx;
+        ASSERT_TRUE(cnx.ouvrir((dossier_ / base).string()));
+        // The plan of the statement as the connection rewrites it for SQLite.
+        auto plan =
+            cnx.Ouvrir("EXPLAIN QUERY PLAN " + Traduire_Access_SQL(sql, maintenant_local()));
+        ASSERT_TRUE(plan) << plan.statut().raison();
+        ASSERT_FALSE(plan->EOF_());
+        for (; !plan->EOF_(); plan->MoveNext()) {
+            const std::string etape = plan->champ("detail").str();
+            EXPECT_EQ(etape.rfind("SCAN", 0), std::string::npos) << etape;
         }
     }
 }

@@ -242,6 +242,32 @@ constexpr std::string_view kPont[] = {
     Reference_Client TEXT
 ))",
 
+    // Every column a statement of the bridge selects or updates rows by is indexed, as
+    // the shop's Access files index their key and number fields: a look-up costs the
+    // same in a shop of ten invoices as in one of a hundred thousand.
+    "CREATE INDEX IX_Situation_NUM_SIT ON T_InfosSituation_CPS (InfoSituation_CPS_NUM_SIT)",
+    // The beneficiary of a card, found again by NIR, key, birth date and rank; the
+    // host finds its client's card by the client number.
+    R"(CREATE INDEX IX_CarteVitale_Beneficiaire ON T_InfosCarteVitale (
+    Info_CV_NIR_ASS, Info_CV_CLE_ASS, Info_CV_NAI_BEN, Info_CV_BEN_RNG))",
+    "CREATE INDEX IX_CarteVitale_Client ON T_InfosCarteVitale (Info_ETC_ID_FK)",
+    "CREATE INDEX IX_Facture_NUMFAC ON T_InfosFacture (Info_Facture_NUMFAC)",
+    "CREATE INDEX IX_DetailFacture_Facture ON T_InfosDetailFacture (Info_Facture_ID_FK)",
+    "CREATE INDEX IX_Bordereaux_numFacture ON T_InfosBordereaux (Info_Bordereau_numFacture)",
+    R"(CREATE INDEX IX_Adresse_Organisme ON T_InfosAdresse (
+    Info_Adresse_codeRegime, Info_Adresse_codeCaisse, Info_Adresse_codeCentre))",
+    // Attachments: by invoice (and nature), by file name, the ones waiting to be sent,
+    // the ones whose acknowledgement is awaited or came, by generation date.
+    "CREATE INDEX IX_SCor_NUMFAC ON T_InfosSCor (InfosSCor_NUMFAC, InfosSCor_Nature)",
+    "CREATE INDEX IX_SCor_nom ON T_InfosSCor (InfosSCor_nom)",
+    "CREATE INDEX IX_SCor_A_Envoyer ON T_InfosSCor (Pointage, InfosSCor_DateEnvoi)",
+    "CREATE INDEX IX_SCor_Suivi ON T_InfosSCor (InfosSCor_ARL, InfosSCor_DateGeneration)",
+    // The status of all of an invoice's attachments is written to the rows whose number
+    // has that numeric value ("000123" and "123"): the index holds the expression the
+    // statement compares, written in the same Access SQL so that it is rewritten for
+    // SQLite exactly as the statement is.
+    "CREATE INDEX IX_SCor_Valeur_NUMFAC ON T_InfosSCor (Trim(Val([InfosSCor_NUMFAC])))",
+
     // A new shop: SCOR off, situation 1, the usual answer buffer, and the scanning
     // settings the bridge would use anyway (the claim form's low quality and high
     // brightness are the scheme's).
@@ -343,6 +369,19 @@ constexpr std::string_view kHote[] = {
     [N°] INTEGER PRIMARY KEY AUTOINCREMENT,
     Lien INTEGER
 ))",
+
+    // Indexed on the same ground as the bridge's tables: an attachment's client is found
+    // by the invoice number of its glasses or lenses file; the return information finds
+    // the slips by invoice, updates them by order sheet, stamps the generic insurer's
+    // unedited ones and may start its period at the oldest slip.
+    "CREATE INDEX IX_FicheOptique_Facture ON [Fiche Technique Optique] ([NUMERO FACTURE])",
+    "CREATE INDEX IX_FicheLentille_Facture ON [Fiche Technique Lentille] ([NUMERO FACTURE])",
+    "CREATE INDEX IX_Bordereau_NumFacture ON [Bordereau Mutuelle] (NumFacture)",
+    "CREATE INDEX IX_Bordereau_NumFicheCommande ON [Bordereau Mutuelle] (NumFicheCommande)",
+    "CREATE INDEX IX_Bordereau_Edition ON [Bordereau Mutuelle] (Mutuelle, DateEdition)",
+    "CREATE INDEX IX_Bordereau_Date ON [Bordereau Mutuelle] ([Date])",
+    "CREATE INDEX IX_Mutuelles_Nom ON [Fichier des Mutuelles] ([Nom Mutuelle])",
+    "CREATE INDEX IX_Contrat_Lien ON [Contrat Mutuelles] (Lien)",
 
     "INSERT INTO Version ( Version ) VALUES ( 3600 )",
 };

@@ -1,5 +1,6 @@
 // The shop's databases as the bridge and the host expect to find them: every table and
-// column that either reads or writes, with the rows a new shop starts with.
+// column that either reads or writes, the indexes its look-ups go through, with the rows a
+// new shop starts with.
 //
 // The databases are SQLite files that keep the Access names and the Access types in
 // their SQLite storage (Yes/No as -1/0, dates as text, AutoNumber keys), so that the
