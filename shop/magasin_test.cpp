@@ -1,6 +1,7 @@
 // A new shop: the databases accept the bridge's and the host's statements as they send
 // them, find their rows through an index, and start with the values their flows rely on;
-// nothing already there is replaced.
+// nothing already there is replaced. The claim document and the simulated day the tool
+// gives a host developer.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -13,8 +14,10 @@
 #include "data/connexion.h"
 #include "platform/horloge.h"
 #include "platform/intergiciel.h"
+#include "shop/facturation.h"
 #include "shop/installation.h"
 #include "shop/schema.h"
+#include "sim/etat.h"
 
 namespace sv140::shop {
 namespace {
@@ -39,6 +42,7 @@ class Magasin : public ::testing::Test {
 
 using Schema = Magasin;
 using Installation = Magasin;
+using Facturation = Magasin;
 
 struct Instruction {
     const char* base;
@@ -185,6 +189,88 @@ TEST_F(Installation, UneInstallationExistanteNestJamaisRemplacee) {
     std::ofstream(pont) << "the optician's own copy";
     EXPECT_EQ(Installer(magasin.string(), dossier_.string(), erreur), Issue::Existe);
     EXPECT_EQ(contenu(pont), "the optician's own copy");
+}
+
+// What the bridge reads back from the claim document is the card's beneficiary, whatever
+// its name holds, in a claim the complementary insurer has a share of.
+TEST_F(Facturation, LaDemandeDeFactureTientLesDonneesDeLaCarte) {
+    const std::string zrsim = (dossier_ / "zrsim").string();
+    std::string erreur;
+    ASSERT_TRUE(sim::Initialiser_Etat_Demo(zrsim, erreur)) << erreur;
+    struct Cas {
+        const char* carte;
+        int numero;
+        // The beneficiary group as "element=text ...", then the insurer.
+        std::vector<std::pair<const char*, const char*>> beneficiaire;
+        const char* mutuelle;
+    };
+    const Cas cas[] = {
+        {"famille",
+         4,
+         {{"nomBeneficaire", "MARTIN"},
+          {"prenomBeneficaire", "Hugo"},
+          {"dateNaissanceBeneficaire", "20120914"},
+          {"rangNaissanceBeneficaire", "2"},
+          {"nirAssure", "1780575115042"},
+          {"cleNirAssure", "03"},
+          {"codeCaisse", "751"}},
+         "44123456"},
+        {"accents",
+         1,
+         {{"nomBeneficaire", "D'ARTAGNAN-LEFÈVRE"},
+          {"prenomBeneficaire", "Zoé \"Zaza\""},
+          {"cleNirAssure", "13"},
+          {"codeCentre", "0512"}},
+         "12345678"},
+        // The insurer named in the card's complementary block.
+        {"mutuelle", 2, {{"prenomBeneficaire", "Anne"}, {"cleNirAssure", "62"}}, "88123456"},
+    };
+    const std::string chemin = (dossier_ / "ZEMO_Request.xml").string();
+    for (const Cas& c : cas) {
+        SCOPED_TRACE(c.carte);
+        auto b = Lire_Beneficiaire(zrsim, c.carte, c.numero, erreur);
+        ASSERT_TRUE(b) << erreur;
+        ASSERT_TRUE(Document_Facture({.beneficiaire = *b}).enregistrer(chemin));
+
+        XmlDocument doc;
+        ASSERT_TRUE(doc.charger_fichier(chemin)) << doc.erreur();
+        for (const auto& [element, texte] : c.beneficiaire) {
+            EXPECT_EQ(doc.selectionner_un("/BelvaneClassicII/beneficiaire/" + std::string(element))
+                          .texte(),
+                      texte)
+                << element;
+        }
+        auto valeur = [&doc](const std::string& chemin) {
+            return doc.selectionner_un("/BelvaneClassicII/" + chemin).texte();
+        };
+        EXPECT_EQ(valeur("donneesTP/numeroMutuelle"), c.mutuelle);
+        EXPECT_EQ(valeur("donneesFacture/modetraitement"), "Facture");
+        EXPECT_EQ(valeur("donneesFacture/dateFacture"), Date_Du_Jour());
+        const auto actes = doc.selectionner("/BelvaneClassicII/donneesActe/Acte");
+        EXPECT_EQ(std::to_string(actes.size()), valeur("donneesActe/nombreLignesActes"));
+        double part_amc = 0;
+        for (const XmlNoeud& acte : actes) {
+            EXPECT_EQ(acte.texte_de("dateSoins"), Date_Du_Jour());
+            part_amc += std::stod(acte.texte_de("MontantAMC"));
+        }
+        EXPECT_GT(part_amc, 0);
+        EXPECT_DOUBLE_EQ(std::stod(valeur("donneesTP/TPtotalAMC")), part_amc);
+    }
+
+    for (const auto& [carte, numero] : {std::pair{"famille", 5}, {"famille", 0}, {"inconnue", 1}}) {
+        EXPECT_FALSE(Lire_Beneficiaire(zrsim, carte, numero, erreur)) << carte << numero;
+    }
+}
+
+TEST_F(Facturation, AvancerDeplaceLeJourSimuleDepuisOuIlEst) {
+    const std::string zrsim = (dossier_ / "zrsim").string();
+    std::string erreur;
+    ASSERT_TRUE(sim::Initialiser_Etat_Demo(zrsim, erreur)) << erreur;
+    std::string date;
+    ASSERT_TRUE(Avancer_Jour_Simule(zrsim, 2, date, erreur)) << erreur;
+    EXPECT_EQ(date, Date_Du_Jour(2));
+    ASSERT_TRUE(Avancer_Jour_Simule(zrsim, -40, date, erreur)) << erreur;
+    EXPECT_EQ(date, Date_Du_Jour(-38));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // sv140-shop: builds a shop installation for the host's developers and the tests, puts
 // cards in the simulated reader, injects middleware failures, and plays the card
-// workflow of the host against the installed bridge.
+// workflow of the host against the installed bridge; for trying
+// one invoice by hand, writes the host's claim document and moves the simulated day.
 #include <exception>
 #include <iostream>
 #include <string>
@@ -9,8 +10,10 @@
 #include "platform/intergiciel.h"
 #include "platform/systeme.h"
 #include "shop/demo.h"
+#include "shop/facturation.h"
 #include "shop/installation.h"
 #include "shop/schema.h"
+#include "sim/depot.h"
 #include "sim/etat.h"
 
 namespace {
@@ -29,7 +32,15 @@ int usage() {
                  "de la carte Vitale\n"
                  "  sv140-shop carte DIR ID|aucune                carte dans le lecteur simulé\n"
                  "  sv140-shop panne DIR FONCTION CODE LIBELLE    prochaine réponse en erreur\n"
-                 "  sv140-shop cartes DIR                         cartes de test disponibles\n";
+                 "  sv140-shop cartes DIR                         cartes de test disponibles\n"
+                 "  sv140-shop facture DIR ID [N] [--simulation]  ZEMO_Request.xml d'une paire "
+                 "de lunettes\n"
+                 "                                                pour le bénéficiaire n° N "
+                 "(1 par défaut)\n"
+                 "                                                de la carte ID, à créer par "
+                 "f_CreerFacture\n"
+                 "  sv140-shop avancer DIR JOURS                  avance le jour simulé du "
+                 "middleware\n";
     return kRefus;
 }
 
@@ -71,6 +82,17 @@ int init(const std::string& dossier) {
     return kReussite;
 }
 
+/// The whole text as a whole number.
+bool entier(const std::string& texte, int& valeur) {
+    std::size_t lus = 0;
+    try {
+        valeur = std::stoi(texte, &lus);
+    } catch (const std::exception&) {
+        return false;
+    }
+    return lus == texte.size();
+}
+
 bool installation_presente(const Installation& inst) {
     if (dossier_existe(inst.zrsim)) {
         return true;
@@ -80,6 +102,14 @@ bool installation_presente(const Installation& inst) {
     return false;
 }
 
+void lister_cartes(const Installation& inst, const char* suite) {
+    std::cerr << "cartes disponibles :";
+    for (const std::string& disponible : sim::Cartes_Disponibles(inst.zrsim)) {
+        std::cerr << " " << disponible;
+    }
+    std::cerr << suite << "\n";
+}
+
 int carte(const std::string& dossier, const std::string& id) {
     const Installation inst = Disposition(dossier);
     if (!installation_presente(inst)) {
@@ -87,11 +117,8 @@ int carte(const std::string& dossier, const std::string& id) {
     }
     std::string erreur;
     if (!sim::Inserer_Carte(inst.zrsim, id == "aucune" ? "" : id, erreur)) {
-        std::cerr << "sv140-shop : " << erreur << "\ncartes disponibles :";
-        for (const std::string& disponible : sim::Cartes_Disponibles(inst.zrsim)) {
-            std::cerr << " " << disponible;
-        }
-        std::cerr << " (ou aucune)\n";
+        std::cerr << "sv140-shop : " << erreur << "\n";
+        lister_cartes(inst, " (ou aucune)");
         return kEchec;
     }
     std::cout << (id == "aucune" ? "Lecteur vide\n" : "Carte " + id + " dans le lecteur\n");
@@ -104,14 +131,8 @@ int panne(const std::string& dossier, const std::string& fonction, const std::st
     if (!installation_presente(inst)) {
         return kRefus;
     }
-    std::size_t lus = 0;
     int numero = 0;
-    try {
-        numero = std::stoi(code, &lus);
-    } catch (const std::exception&) {
-        lus = 0;
-    }
-    if (lus == 0 || lus != code.size()) {
+    if (!entier(code, numero)) {
         std::cerr << "sv140-shop : code d'erreur non numérique : " << code << "\n";
         return kRefus;
     }
@@ -133,6 +154,70 @@ int cartes(const std::string& dossier) {
     for (const std::string& id : sim::Cartes_Disponibles(inst.zrsim)) {
         std::cout << id << "\n";
     }
+    return kReussite;
+}
+
+// facture DIR ID [N] [--simulation]
+int facture(const std::string& dossier, std::vector<std::string> options) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    Demande_Facture demande;
+    if (!options.empty() && options.back() == "--simulation") {
+        demande.simulation = true;
+        options.pop_back();
+    }
+    int numero = 1;
+    if (options.empty() || options.size() > 2 ||
+        (options.size() == 2 && !entier(options[1], numero))) {
+        return usage();
+    }
+    const std::string& carte = options[0];
+    std::string erreur;
+    auto beneficiaire = Lire_Beneficiaire(inst.zrsim, carte, numero, erreur);
+    if (!beneficiaire) {
+        std::cerr << "sv140-shop : " << erreur << "\n";
+        if (!sim::Depot(inst.zrsim).carte_existe(carte)) {
+            lister_cartes(inst, "");
+        }
+        return kEchec;
+    }
+    demande.beneficiaire = *beneficiaire;
+    const std::string chemin = joindre(inst.programme, "ZEMO_Request.xml");
+    if (!Document_Facture(demande).enregistrer(chemin)) {
+        std::cerr << "sv140-shop : impossible d'écrire " << chemin << "\n";
+        return kEchec;
+    }
+    std::cout << "Demande de facture écrite : " << chemin << "\n";
+    Decrire_Demande(demande, std::cout, "  ");
+    if (sim::Depot(inst.zrsim).carte_lecteur() != carte) {
+        std::cout << "La carte " << carte << " n'est pas dans le lecteur : sv140-shop carte "
+                  << dossier << " " << carte << "\n";
+    }
+    std::cout << "Pour créer la facture : " << inst.pont() << " f_CreerFacture " << inst.magasin
+              << "\n";
+    return kReussite;
+}
+
+int avancer(const std::string& dossier, const std::string& texte) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    int jours = 0;
+    if (!entier(texte, jours)) {
+        std::cerr << "sv140-shop : nombre de jours non numérique : " << texte << "\n";
+        return kRefus;
+    }
+    std::string date;
+    std::string erreur;
+    if (!Avancer_Jour_Simule(inst.zrsim, jours, date, erreur)) {
+        std::cerr << "sv140-shop : " << erreur << "\n";
+        return kEchec;
+    }
+    std::cout << "Jour simulé du middleware : " << Date_Lisible(date)
+              << " (horloge du système : " << Date_Lisible(Date_Du_Jour()) << ")\n";
     return kReussite;
 }
 
@@ -176,6 +261,12 @@ int main(int argc, char** argv) {
     }
     if (commande == "cartes" && args.size() == 2) {
         return cartes(dossier);
+    }
+    if (commande == "facture" && args.size() >= 3) {
+        return facture(dossier, {args.begin() + 2, args.end()});
+    }
+    if (commande == "avancer" && args.size() == 3) {
+        return avancer(dossier, args[2]);
     }
     return usage();
 }
