@@ -1,5 +1,6 @@
 #include "shop/demo.h"
 
+#include <cstdio>
 #include <ctime>
 #include <optional>
 #include <string>
@@ -9,13 +10,23 @@
 #include "data/connexion.h"
 #include "data/instructions.h"
 #include "data/texte_sql.h"
+#include "platform/horloge.h"
 #include "platform/systeme.h"
 #include "platform/xml.h"
+#include "shop/facturation.h"
 #include "shop/schema.h"
 #include "sim/etat.h"
 
 namespace sv140::shop {
 namespace {
+
+// The card of the demo; the optician picks its first beneficiary.
+constexpr const char* kCarteDemo = "famille";
+// The insurer under which the host files the slips paid through the generic
+// third-party scheme; the return information dates their edition.
+constexpr const char* kMutuelleGenerique = "[TPGEN]";
+// What the insurers have answered two days after the sending.
+constexpr int kJoursAvantRetours = 2;
 
 struct ReponseLue {
     bool lue = false;
@@ -24,6 +35,28 @@ struct ReponseLue {
 
     bool succes() const { return lue && !code.empty() && Val(code) == 0; }
 };
+
+// The invoice the bridge stored, as the host reads it back to make its slips.
+struct Facture {
+    long cle = 0;
+    std::string numero;  // Info_Facture_NUMFAC, as stored
+    std::string certification;
+    double amo = 0;
+    double amc = 0;
+};
+
+std::string euros(const Valeur& v) {
+    if (v.nul()) {
+        return "(vide)";
+    }
+    char texte[32];
+    std::snprintf(texte, sizeof texte, "%.2f €", v.nombre());
+    return texte;
+}
+
+std::string texte(const Valeur& v) {
+    return v.nul() || v.str().empty() ? "(vide)" : v.str();
+}
 
 // The beneficiary the optician picks in the list the card read left in the host's
 // database.
@@ -49,7 +82,7 @@ class Demo {
           base_pont_(joindre(inst.magasin, kBasePont)),
           base_hote_(joindre(inst.magasin, kBaseHote)) {}
 
-    bool derouler();
+    std::vector<std::string> derouler();
 
   private:
     const Installation& inst_;
@@ -57,7 +90,8 @@ class Demo {
     const std::string base_pont_;
     const std::string base_hote_;
     int etape_ = 0;
-    bool tout_bon_ = true;
+    std::string etape_courante_;
+    std::vector<std::string> echecs_;
 
     void titre(std::string_view texte);
     void echec(std::string_view texte);
@@ -74,15 +108,29 @@ class Demo {
     void montrer_carte(long client);
     bool ecrire_demande_complementaire(long client, const Beneficiaire& b);
     void montrer_copies_complementaire();
+
+    void facturer();
+    bool ecrire_demande_facture();
+    std::optional<Facture> montrer_facture();
+    std::optional<std::string> ecrire_bordereaux(const Facture& f);
+    void montrer_bordereau_hote(const std::string& fiche);
+    void montrer_liste_factures();
+    void montrer_lot(const Facture& f);
+    std::string avancer();
+    bool ecrire_periode_retours(const std::string& fin);
+
     void montrer_traces();
 };
 
 void Demo::titre(std::string_view texte) {
-    sortie_ << "\n[" << ++etape_ << "] " << texte << "\n";
+    etape_courante_ = "[" + std::to_string(++etape_) + "] " + std::string(texte);
+    sortie_ << "\n" << etape_courante_ << "\n";
 }
 
 void Demo::echec(std::string_view texte) {
-    tout_bon_ = false;
+    if (echecs_.empty() || echecs_.back() != etape_courante_) {
+        echecs_.push_back(etape_courante_);
+    }
     sortie_ << "    ÉCHEC : " << texte << "\n";
 }
 
@@ -339,6 +387,310 @@ void Demo::montrer_copies_complementaire() {
     }
 }
 
+// The host's invoicing cycle for the beneficiary linked above: the claim, the invoice
+// the bridge stores, the slips the host makes for it, the list, the sending, and what
+// the insurers answered two days later.
+void Demo::facturer() {
+    titre("demande de facture de l'opticien : une paire de lunettes");
+    if (!ecrire_demande_facture()) {
+        return;
+    }
+    if (!operation("f_CreerFacture", "création de la facture")) {
+        sortie_ << "    (sans facture créée, la suite du cycle n'est pas jouée)\n";
+        return;
+    }
+    const std::optional<Facture> facture = montrer_facture();
+    if (!facture) {
+        return;
+    }
+
+    titre("bordereaux de l'hôte pour la facture n° " + facture->numero);
+    const std::optional<std::string> fiche = ecrire_bordereaux(*facture);
+
+    if (operation("f_ListerFactures", "factures connues du middleware")) {
+        montrer_liste_factures();
+    }
+    if (operation("f_EnvoyerToutesFactures", "envoi des factures en lots")) {
+        montrer_lot(*facture);
+    }
+
+    const std::string jour = avancer();
+    titre("période des retours demandée par l'hôte");
+    if (ecrire_periode_retours(jour) &&
+        operation("f_LireInfosRetourFacture", "retours des caisses et paiements") && fiche) {
+        montrer_bordereau_hote(*fiche);
+    }
+}
+
+bool Demo::ecrire_demande_facture() {
+    std::string erreur;
+    const auto beneficiaire = Lire_Beneficiaire(inst_.zrsim, kCarteDemo, 1, erreur);
+    if (!beneficiaire) {
+        echec(erreur);
+        return false;
+    }
+    const Demande_Facture demande{.beneficiaire = *beneficiaire};
+    const std::string chemin = joindre(inst_.programme, "ZEMO_Request.xml");
+    if (!Document_Facture(demande).enregistrer(chemin)) {
+        echec("impossible d'écrire " + chemin);
+        return false;
+    }
+    sortie_ << "    " << chemin << " (ce qu'écrit sv140-shop facture DIR " << kCarteDemo
+            << " 1) :\n";
+    Decrire_Demande(demande, sortie_, "      ");
+    return true;
+}
+
+std::optional<Facture> Demo::montrer_facture() {
+    auto cle = lire(base_pont_,
+                    "SELECT Max(T_InfosFacture.Info_Facture_ID) AS ID_FAC FROM T_InfosFacture;");
+    Facture f;
+    f.cle = cle && !cle->EOF_() ? static_cast<long>(cle->champ("ID_FAC").nombre()) : 0;
+    auto rs = lire(base_pont_,
+                   "SELECT T_InfosFacture.* FROM T_InfosFacture WHERE "
+                   "(((T_InfosFacture.Info_Facture_ID)=" +
+                       std::to_string(f.cle) + "));");
+    if (!rs || rs->EOF_() || rs->champ("Info_Facture_NUMFAC").str().empty()) {
+        echec("aucune facture numérotée dans T_InfosFacture");
+        return std::nullopt;
+    }
+    f.numero = rs->champ("Info_Facture_NUMFAC").str();
+    f.certification = rs->champ("Info_Facture_TYPECERTIF").str();
+    f.amo = rs->champ("Info_Facture_TPAMO").nombre();
+    f.amc = rs->champ("Info_Facture_TPAMC").nombre();
+    sortie_ << "    T_InfosFacture : facture n° " << f.numero << " (clé " << f.cle << "), dossier "
+            << texte(rs->champ("Info_Facture_TypDOS")) << " "
+            << texte(rs->champ("Info_Facture_NumDOS")) << ", créée le "
+            << texte(rs->champ("Info_Facture_dteCreate")) << "\n";
+    sortie_ << "      flux " << texte(rs->champ("Info_Facture_TYPEFLUX")) << ", "
+            << texte(rs->champ("Info_Facture_NATASSUR")) << ", caisse "
+            << texte(rs->champ("Info_Facture_CODREG")) << " "
+            << texte(rs->champ("Info_Facture_CODCAI")) << " "
+            << texte(rs->champ("Info_Facture_CODCEN")) << ", mutuelle "
+            << texte(rs->champ("Info_Facture_NUMMUT")) << ", tiers payant "
+            << texte(rs->champ("Info_Facture_TYPETP")) << ", certification "
+            << texte(rs->champ("Info_Facture_TYPECERTIF")) << "\n";
+    sortie_ << "      total " << euros(rs->champ("Info_Facture_TOTALFAC")) << " : part AMO "
+            << euros(rs->champ("Info_Facture_TPAMO")) << ", part AMC "
+            << euros(rs->champ("Info_Facture_TPAMC")) << ", reste à l'assuré "
+            << euros(rs->champ("Info_Facture_TOTALASS")) << "\n";
+
+    auto lignes =
+        lire(base_pont_,
+             "SELECT T_InfosDetailFacture.* FROM T_InfosDetailFacture WHERE "
+             "(((T_InfosDetailFacture.Info_Facture_ID_FK)=" +
+                 std::to_string(f.cle) + ")) ORDER BY T_InfosDetailFacture.Info_DetailFacture_ID;");
+    sortie_ << "    T_InfosDetailFacture : " << (lignes ? lignes->RecordCount() : 0)
+            << " ligne(s)\n";
+    for (; lignes && !lignes->EOF_(); lignes->MoveNext()) {
+        sortie_ << "      " << texte(lignes->champ("Info_DetailFacture_CODACTE")) << " "
+                << texte(lignes->champ("Info_Facture_CODLPP")) << " ("
+                << texte(lignes->champ("Info_DetailFacture_TypPrestation"))
+                << ") : " << texte(lignes->champ("Info_DetailFacture_QUANTITE")) << " x "
+                << euros(lignes->champ("Info_DetailFacture_prixUnitaire")) << ", base "
+                << euros(lignes->champ("Info_DetailFacture_baseLPP")) << " à "
+                << texte(lignes->champ("Info_DetailFacture_tauxRbt")) << " %, AMO "
+                << euros(lignes->champ("Info_DetailFacture_MtAMO")) << ", AMC "
+                << euros(lignes->champ("Info_DetailFacture_MtAMC")) << "\n";
+    }
+    if (!lignes || lignes->RecordCount() == 0) {
+        echec("la facture n'a aucune ligne");
+    }
+    return f;
+}
+
+// What the host writes once an invoice exists: its slip row in the bridge's database,
+// which the sending completes with the lot, and its receivable in its own, which the
+// return information reconciles. Returns the order sheet, the key of the latter.
+std::optional<std::string> Demo::ecrire_bordereaux(const Facture& f) {
+    {
+        Connexion cnx;
+        Statut s = cnx.ouvrir(base_pont_);
+        if (s) {
+            s = cnx.Execute(
+                "INSERT INTO T_InfosBordereaux ( Info_Bordereau_numFacture, "
+                "Info_Bordereau_typeCertification ) VALUES ( '" +
+                Texte_SQL(f.numero) + "', '" + Texte_SQL(f.certification) + "' );");
+        }
+        if (s) {
+            s = cnx.valider();
+        }
+        if (!s) {
+            echec("écriture de T_InfosBordereaux impossible : " + s.raison());
+            return std::nullopt;
+        }
+    }
+    sortie_ << "    T_InfosBordereaux : facture " << f.numero << ", certification "
+            << (f.certification.empty() ? "(vide)" : f.certification) << ", lot encore vide\n";
+
+    char fiche[32];
+    std::snprintf(fiche, sizeof fiche, "FC%06ld", static_cast<long>(Val(f.numero)));
+    std::tm jour = maintenant_local();
+    jour.tm_hour = jour.tm_min = jour.tm_sec = 0;
+    Connexion cnx;
+    long contrat = 0;
+    Statut s = cnx.ouvrir(base_hote_);
+    if (s) {
+        s = cnx.Execute("INSERT INTO [Fichier des Mutuelles] ( [Nom Mutuelle] ) VALUES ( '" +
+                        std::string(kMutuelleGenerique) + "' );");
+    }
+    if (s) {
+        auto mutuelle = Plus_Grande_Cle(
+            cnx,
+            "SELECT Max([Fichier des Mutuelles].Compteur) AS Cle FROM [Fichier des Mutuelles];");
+        s = mutuelle ? cnx.Execute("INSERT INTO [Contrat Mutuelles] ( Lien ) VALUES ( " +
+                                   Nombre_SQL(*mutuelle) + " );")
+                     : mutuelle.statut();
+    }
+    if (s) {
+        auto cle = Plus_Grande_Cle(
+            cnx, "SELECT Max([Contrat Mutuelles].[N°]) AS Cle FROM [Contrat Mutuelles];");
+        s = cle ? Statut() : cle.statut();
+        contrat = cle ? static_cast<long>(*cle) : 0;
+    }
+    // No exoneration on this card: the scheme's whole share is its ordinary one, none of
+    // it the patient's share it would take over (TotalTmoCPAM).
+    if (s) {
+        s = cnx.Execute(
+            "INSERT INTO [Bordereau Mutuelle] ( NumFicheCommande, NumFacture, Mutuelle, [Date], "
+            "TotalTmoCPAM, TotalCPAM, TotalMutuelle, Paiement_RO, Paiement_RC, Pointage, Solde ) "
+            "VALUES ( '" +
+            std::string(fiche) + "', '" + Texte_SQL(f.numero) + "', " + std::to_string(contrat) +
+            ", " + Date_SQL(jour) + ", 0, " + Nombre_SQL(f.amo) + ", " + Nombre_SQL(f.amc) +
+            ", 0, 0, 0, 0 );");
+    }
+    if (s) {
+        s = cnx.valider();
+    }
+    if (!s) {
+        echec("écriture du bordereau de l'hôte impossible : " + s.raison());
+        return std::nullopt;
+    }
+    sortie_ << "    [Fichier des Mutuelles] : " << kMutuelleGenerique
+            << " (tiers payant générique), contrat n° " << contrat << "\n";
+    montrer_bordereau_hote(fiche);
+    return fiche;
+}
+
+void Demo::montrer_bordereau_hote(const std::string& fiche) {
+    auto rs = lire(base_hote_,
+                   "SELECT [Bordereau Mutuelle].* FROM [Bordereau Mutuelle] WHERE ((([Bordereau "
+                   "Mutuelle].NumFicheCommande)='" +
+                       Texte_SQL(fiche) + "'));");
+    if (!rs || rs->EOF_()) {
+        echec("aucune ligne " + fiche + " dans [Bordereau Mutuelle]");
+        return;
+    }
+    sortie_ << "    [Bordereau Mutuelle] " << fiche << " : facture "
+            << texte(rs->champ("NumFacture")) << " du " << texte(rs->champ("Date")) << ", contrat "
+            << texte(rs->champ("Mutuelle")) << "\n";
+    sortie_ << "      dû : caisse " << euros(rs->champ("TotalCPAM")) << " + ticket modérateur "
+            << euros(rs->champ("TotalTmoCPAM")) << ", mutuelle "
+            << euros(rs->champ("TotalMutuelle")) << "\n";
+    const std::string etat = rs->champ("Libel_Rejet").str();
+    sortie_ << "      retour : "
+            << (etat.empty() ? "aucun" : etat + " (motif " + texte(rs->champ("Motif")) + ")")
+            << ", payé par la caisse " << euros(rs->champ("Paiement_RO")) << ", par la mutuelle "
+            << euros(rs->champ("Paiement_RC")) << "\n";
+    sortie_ << "      pointé " << (rs->champ("Pointage").booleen() ? "oui" : "non") << ", soldé "
+            << (rs->champ("Solde").booleen() ? "oui" : "non") << ", date de pointage "
+            << texte(rs->champ("Date_pointage")) << ", date d'édition "
+            << texte(rs->champ("DateEdition")) << "\n";
+}
+
+void Demo::montrer_liste_factures() {
+    XmlDocument doc;
+    std::vector<XmlNoeud> numeros;
+    if (doc.charger_fichier(joindre(inst_.programme, "ZEMO_Response.xml"))) {
+        numeros = doc.selectionner("/ZRMESSAGE/resultat/donnees/listeFacture/numeroFacture");
+    }
+    sortie_ << "    ZEMO_Response.xml : " << numeros.size() << " facture(s)";
+    const char* separateur = " : ";
+    for (const XmlNoeud& n : numeros) {
+        sortie_ << separateur << n.texte();
+        separateur = ", ";
+    }
+    sortie_ << "\n";
+}
+
+void Demo::montrer_lot(const Facture& f) {
+    auto b = lire(base_pont_,
+                  "SELECT T_InfosBordereaux.* FROM T_InfosBordereaux WHERE "
+                  "(((T_InfosBordereaux.Info_Bordereau_numFacture)='" +
+                      Texte_SQL(f.numero) + "'));");
+    if (!b || b->EOF_()) {
+        echec("aucune ligne de T_InfosBordereaux pour la facture " + f.numero);
+        return;
+    }
+    sortie_ << "    T_InfosBordereaux : facture " << f.numero << ", lot "
+            << texte(b->champ("Info_Bordereau_NumLot_FSE")) << ", lot sans numéro "
+            << texte(b->champ("Info_Bordereau_NumLot_DRE")) << ", lot interne "
+            << texte(b->champ("Info_Bordereau_ID_lotInterne")) << "\n";
+    sortie_ << "      régime " << texte(b->champ("Info_Bordereau_Regroupement")) << " « "
+            << texte(b->champ("Info_Bordereau_LibelRegroupement")) << " », organisme n° "
+            << texte(b->champ("Info_Adresse_ID_FK")) << "\n";
+    if (b->champ("Info_Bordereau_NumLot_FSE").str().empty() &&
+        b->champ("Info_Bordereau_NumLot_DRE").str().empty()) {
+        echec("la facture n'est dans aucun lot");
+    }
+
+    auto a = lire(base_pont_,
+                  "SELECT T_InfosAdresse.* FROM T_InfosAdresse WHERE "
+                  "(((T_InfosAdresse.Info_Adresse_ID)=" +
+                      Nombre_SQL(b->champ("Info_Adresse_ID_FK").str()) + "));");
+    if (a && !a->EOF_()) {
+        sortie_ << "    T_InfosAdresse : " << texte(a->champ("Info_Adresse_codeRegime")) << " "
+                << texte(a->champ("Info_Adresse_codeCaisse")) << " "
+                << texte(a->champ("Info_Adresse_codeCentre")) << " "
+                << texte(a->champ("Info_Adresse_libelle")) << ", "
+                << texte(a->champ("Info_Adresse_adresse")) << ", "
+                << texte(a->champ("Info_Adresse_codePostal")) << " "
+                << texte(a->champ("Info_Adresse_commune")) << "\n";
+    }
+
+    auto lot = lire(base_pont_,
+                    "SELECT T_InfosFacture.Info_Facture_Nlot FROM T_InfosFacture WHERE "
+                    "(((T_InfosFacture.Info_Facture_ID)=" +
+                        std::to_string(f.cle) + "));");
+    if (lot && !lot->EOF_()) {
+        sortie_ << "    T_InfosFacture : facture n° " << f.numero << ", Info_Facture_Nlot "
+                << texte(lot->champ("Info_Facture_Nlot")) << "\n";
+    }
+}
+
+// Returns the new simulated date ("yyyymmdd"), today's when it could not be moved.
+std::string Demo::avancer() {
+    titre(std::to_string(kJoursAvantRetours) + " jours plus tard chez les caisses");
+    sortie_ << "    sv140-shop avancer " << dossier_parent(inst_.racine) << " "
+            << kJoursAvantRetours << "\n";
+    std::string date;
+    std::string erreur;
+    if (!Avancer_Jour_Simule(inst_.zrsim, kJoursAvantRetours, date, erreur)) {
+        echec(erreur);
+        return Date_Du_Jour();
+    }
+    sortie_ << "    jour simulé du middleware : " << Date_Lisible(date) << "\n";
+    return date;
+}
+
+// The host names the period of the return information itself (data version 3500 and
+// later): the last month, up to `fin`. The bridge reads the end as "datedfin".
+bool Demo::ecrire_periode_retours(const std::string& fin) {
+    XmlDocument doc;
+    XmlNoeud donnees = doc.creer_racine("ZRMESSAGE").ajouter("donnees");
+    const std::string debut = Date_Du_Jour(-30);
+    donnees.ajouter("datedebut", debut);
+    donnees.ajouter("datedfin", fin);
+    const std::string chemin = joindre(inst_.programme, "ZEMO_Request.xml");
+    if (!doc.enregistrer(chemin)) {
+        echec("impossible d'écrire " + chemin);
+        return false;
+    }
+    sortie_ << "    " << chemin << " : du " << Date_Lisible(debut) << " au " << Date_Lisible(fin)
+            << "\n";
+    return true;
+}
+
 void Demo::montrer_traces() {
     const std::time_t maintenant = std::time(nullptr);
     char mois[8] = "";
@@ -350,7 +702,7 @@ void Demo::montrer_traces() {
             << (dossier_existe(archive) ? "" : " (absente)") << "\n";
 }
 
-bool Demo::derouler() {
+std::vector<std::string> Demo::derouler() {
     operation("f_LireVersion", "versions du middleware et du lecteur");
     montrer_versions();
 
@@ -359,10 +711,10 @@ bool Demo::derouler() {
 
     operation("f_InitialisationPS", "initialisation du professionnel");
 
-    titre("carte Vitale « famille » dans le lecteur");
+    titre(std::string("carte Vitale « ") + kCarteDemo + " » dans le lecteur");
     std::string erreur;
-    if (sim::Inserer_Carte(inst_.zrsim, "famille", erreur)) {
-        sortie_ << "    lecteur : carte famille\n";
+    if (sim::Inserer_Carte(inst_.zrsim, kCarteDemo, erreur)) {
+        sortie_ << "    lecteur : carte " << kCarteDemo << "\n";
     } else {
         echec(erreur);
     }
@@ -374,14 +726,14 @@ bool Demo::derouler() {
     if (liste.empty()) {
         echec("aucun bénéficiaire à choisir");
         montrer_traces();
-        return false;
+        return echecs_;
     }
     const Beneficiaire& choisi = liste.front();
     sortie_ << "    choix : 1) " << choisi.nom << " " << choisi.prenom << "\n";
     const long client = choisir(choisi);
     if (client <= 0) {
         montrer_traces();
-        return false;
+        return echecs_;
     }
 
     operation("f_MettreAJourIdEtc", "liaison du bénéficiaire au client");
@@ -393,8 +745,10 @@ bool Demo::derouler() {
         montrer_copies_complementaire();
     }
 
+    facturer();
+
     montrer_traces();
-    return tout_bon_;
+    return echecs_;
 }
 
 }  // namespace
@@ -420,7 +774,7 @@ bool Date_Naissance_Hote(const std::string& aaaammjj, std::string& litteral, std
     return true;
 }
 
-bool Derouler_Demo(const Installation& inst, std::ostream& sortie) {
+std::vector<std::string> Derouler_Demo(const Installation& inst, std::ostream& sortie) {
     Demo demo(inst, sortie);
     return demo.derouler();
 }

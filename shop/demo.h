@@ -4,6 +4,8 @@
 #pragma once
 
 #include <ostream>
+#include <string>
+#include <vector>
 
 #include "shop/installation.h"
 
@@ -11,9 +13,12 @@ namespace sv140::shop {
 
 /// Runs, on the installation `inst`: versions, professional card, initialisation,
 /// the "famille" card put in the reader, Vitale card, the optician's choice of a
-/// beneficiary, the link to the client, and the complementary-insurance query.
-/// Writes the account to `sortie`. True when every operation answered code 0.
-bool Derouler_Demo(const Installation& inst, std::ostream& sortie);
+/// beneficiary, the link to the client, and the complementary-insurance query; then
+/// the invoicing cycle for that beneficiary: claim document, invoice creation, the
+/// host's slips, list of invoices, sending in lots, two simulated days, return
+/// information and payments. Writes the account to `sortie`. Returns the steps that
+/// failed ("[12] f_CreerFacture"), none when every operation answered code 0.
+std::vector<std::string> Derouler_Demo(const Installation& inst, std::ostream& sortie);
 
 /// The birth date the host stores for a card's "yyyymmdd" text: the Access date
 /// literal "#mm/dd/yyyy#" when the text is a calendar date. A date no calendar has

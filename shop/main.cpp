@@ -1,6 +1,6 @@
 // sv140-shop: builds a shop installation for the host's developers and the tests, puts
 // cards in the simulated reader, injects middleware failures, and plays the card
-// workflow of the host against the installed bridge; for trying
+// workflow and the invoicing cycle of the host against the installed bridge; for trying
 // one invoice by hand, writes the host's claim document and moves the simulated day.
 #include <exception>
 #include <iostream>
@@ -28,8 +28,9 @@ constexpr int kRefus = 2;
 int usage() {
     std::cerr << "usage :\n"
                  "  sv140-shop init DIR                           installation vide sous DIR\n"
-                 "  sv140-shop demo DIR                           installation puis parcours "
+                 "  sv140-shop demo DIR                           installation, parcours "
                  "de la carte Vitale\n"
+                 "                                                puis cycle de facturation\n"
                  "  sv140-shop carte DIR ID|aucune                carte dans le lecteur simulé\n"
                  "  sv140-shop panne DIR FONCTION CODE LIBELLE    prochaine réponse en erreur\n"
                  "  sv140-shop cartes DIR                         cartes de test disponibles\n"
@@ -232,10 +233,16 @@ int demo(const std::string& dossier) {
     if (installe != kReussite) {
         return installe;
     }
-    const bool ok = Derouler_Demo(inst, std::cout);
-    std::cout << (ok ? "\nToutes les opérations ont répondu le code 0.\n"
-                     : "\nAu moins une étape a échoué.\n");
-    return ok ? kReussite : kEchec;
+    const std::vector<std::string> echecs = Derouler_Demo(inst, std::cout);
+    if (echecs.empty()) {
+        std::cout << "\nToutes les opérations ont répondu le code 0.\n";
+        return kReussite;
+    }
+    std::cout << "\nÉtape(s) en échec :\n";
+    for (const std::string& etape : echecs) {
+        std::cout << "  " << etape << "\n";
+    }
+    return kEchec;
 }
 
 }  // namespace
