@@ -193,8 +193,8 @@ int facture(const std::string& dossier, std::vector<std::string> options) {
     std::cout << "Demande de facture écrite : " << chemin << "\n";
     Decrire_Demande(demande, std::cout, "  ");
     if (sim::Depot(inst.zrsim).carte_lecteur() != carte) {
-        std::cout << "La carte " << carte << " n'est pas dans le lecteur : sv140-shop carte "
-                  << dossier << " " << carte << "\n";
+        std::cout << "La carte " << carte << " n'est pas dans le lecteur (sv140-shop carte "
+                  << dossier << " " << carte << ") : sans carte, la facture est dégradée\n";
     }
     std::cout << "Pour créer la facture : " << inst.pont() << " f_CreerFacture " << inst.magasin
               << "\n";
