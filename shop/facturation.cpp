@@ -18,14 +18,14 @@ struct Ligne {
     const char* codeActe;
     const char* codeLPP;
     int montant_net;
-    int part_amo;  // outside the basket without extra charge, the scheme repays a few cents
-    int part_amc;
+    int part_amo;  // 60 % of the LPP tariff (30.00, 32.60 and 80.90 euros)
+    int part_amc;  // at most what the scheme leaves
 };
 
 constexpr Ligne kLunettes[] = {
-    {"Monture", "MON", "2210546", 12000, 3, 7000},
-    {"Verre droit", "VER", "2227908", 8500, 3, 5000},
-    {"Verre gauche", "VER", "2227920", 8500, 3, 5000},
+    {"Monture", "MON", "2210546", 12000, 1800, 7000},
+    {"Verre droit", "VER", "2227908", 8500, 1956, 5000},
+    {"Verre gauche", "VER", "2227920", 8500, 4854, 3000},
 };
 
 // Both insurers pay the optician; the complementary insurer's share is stated line by

@@ -192,9 +192,11 @@ int facture(const std::string& dossier, std::vector<std::string> options) {
     }
     std::cout << "Demande de facture écrite : " << chemin << "\n";
     Decrire_Demande(demande, std::cout, "  ");
-    if (sim::Depot(inst.zrsim).carte_lecteur() != carte) {
+    const std::string lecteur = sim::Depot(inst.zrsim).carte_lecteur();
+    if (lecteur != carte) {
         std::cout << "La carte " << carte << " n'est pas dans le lecteur (sv140-shop carte "
-                  << dossier << " " << carte << ") : sans carte, la facture est dégradée\n";
+                  << dossier << " " << carte << ")"
+                  << (lecteur.empty() ? " : sans carte, la facture est dégradée" : "") << "\n";
     }
     std::cout << "Pour créer la facture : " << inst.pont() << " f_CreerFacture " << inst.magasin
               << "\n";
