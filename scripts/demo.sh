@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds sv140 and runs the demo: a simulated shop where a professional card and a
-# Vitale card are read and a beneficiary is linked to a client.
+# Vitale card are read, a beneficiary is linked to a client, and a pair of glasses is
+# invoiced, sent in a lot and, two simulated days later, paid on the host's slip.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/dependances.sh
