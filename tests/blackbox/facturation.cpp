@@ -3,78 +3,31 @@
 namespace bb {
 namespace {
 
-const std::vector<std::pair<std::string, Champs>> kDocument = {
+const std::pair<std::string, Champs> kDocument[] = {
     {"donneesFacture",
-     {{"numDossier", "4521"},
-      {"typeDossier", "Lunettes"},
-      {"dateFacture", "20240305"},
-      {"datePrescription", "20240201"},
-      {"idPrescripteur", "101234567"},
-      {"refPrescripteur", "Dr MARTIN"},
-      {"originePrescription", "NP"},
-      {"modetraitement", "Facture"}}},
+     champs("numDossier=4521;typeDossier=Lunettes;dateFacture=20240305;datePrescription=20240201;"
+            "idPrescripteur=101234567;refPrescripteur=Dr MARTIN;originePrescription=NP;"
+            "modetraitement=Facture")},
     {"beneficiaire",
-     {{"nomBeneficaire", "DUPONT"},
-      {"prenomBeneficaire", "Jean"},
-      {"dateNaissanceBeneficaire", "19750512"},
-      {"rangNaissanceBeneficaire", "1"},
-      {"nirAssure", "1750575123456"},
-      {"cleNirAssure", "42"},
-      {"codeRegime", "01"},
-      {"codeCaisse", "131"},
-      {"codeCentre", "0000"},
-      {"natureAssurance", "AS"},
-      {"tauxRemboursement", "60"},
-      {"accidentViePrivee", "0"},
-      {"dateAT", ""},
-      {"numeroAT", ""},
-      {"supportAT", ""},
-      {"CaisseGestionnaireAT", ""},
-      {"dateMaternite", ""},
-      {"montantPecSMG", "0"}}},
+     champs("nomBeneficaire=DUPONT;prenomBeneficaire=Jean;dateNaissanceBeneficaire=19750512;"
+            "rangNaissanceBeneficaire=1;nirAssure=1750575123456;cleNirAssure=42;codeRegime=01;"
+            "codeCaisse=131;codeCentre=0000;natureAssurance=AS;tauxRemboursement=60;"
+            "accidentViePrivee=0;dateAT=;numeroAT=;supportAT=;CaisseGestionnaireAT=;"
+            "dateMaternite=;montantPecSMG=0")},
     {"donneesTP",
-     {{"typeTP", "AMO"},
-      {"typeAME", ""},
-      {"DateDebutAMC", "20240101"},
-      {"DateFinAMC", "20241231"},
-      {"soinsSoumisPrescription", "O"},
-      {"numeroAdherent", "ADH1"},
-      {"numeroContrat", "C1"},
-      {"numeroMutuelle", "12345678"},
-      {"numeroPEC", "PEC1"},
-      {"dateAccordPEC", "20240301"},
-      {"TPtotalAMC", "150"},
-      {"forfaitMutuelle", "0"}}},
+     champs("typeTP=AMO;typeAME=;DateDebutAMC=20240101;DateFinAMC=20241231;"
+            "soinsSoumisPrescription=O;numeroAdherent=ADH1;numeroContrat=C1;"
+            "numeroMutuelle=12345678;numeroPEC=PEC1;dateAccordPEC=20240301;TPtotalAMC=150;"
+            "forfaitMutuelle=0")},
 };
 
 const std::vector<Champs> kActes = {
-    {{"designation", "Monture"},
-     {"codeActe", "MON"},
-     {"codeLPP", "2210546"},
-     {"qualificatifDepense", ""},
-     {"nombreUnite", "1"},
-     {"MontantAMC", "30"},
-     {"PartMontantAMO", "0.05"},
-     {"montantNet", "120"},
-     {"dateSoins", "20240305"}},
-    {{"designation", "Verre droit"},
-     {"codeActe", "VRS"},
-     {"codeLPP", "2227908"},
-     {"qualificatifDepense", ""},
-     {"nombreUnite", "1"},
-     {"MontantAMC", "60"},
-     {"PartMontantAMO", "0.05"},
-     {"montantNet", "95.5"},
-     {"dateSoins", "20240305"}},
-    {{"designation", "Verre gauche"},
-     {"codeActe", "VRS"},
-     {"codeLPP", "2227920"},
-     {"qualificatifDepense", ""},
-     {"nombreUnite", "1"},
-     {"MontantAMC", "60"},
-     {"PartMontantAMO", "0.05"},
-     {"montantNet", "95.5"},
-     {"dateSoins", "20240305"}},
+    champs("designation=Monture;codeActe=MON;codeLPP=2210546;qualificatifDepense=;nombreUnite=1;"
+           "MontantAMC=30;PartMontantAMO=0.05;montantNet=120;dateSoins=20240305"),
+    champs("designation=Verre droit;codeActe=VRS;codeLPP=2227908;qualificatifDepense=;"
+           "nombreUnite=1;MontantAMC=60;PartMontantAMO=0.05;montantNet=95.5;dateSoins=20240305"),
+    champs("designation=Verre gauche;codeActe=VRS;codeLPP=2227920;qualificatifDepense=;"
+           "nombreUnite=1;MontantAMC=60;PartMontantAMO=0.05;montantNet=95.5;dateSoins=20240305"),
 };
 
 std::string echapper(const std::string& t) {

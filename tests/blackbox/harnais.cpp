@@ -88,16 +88,6 @@ const char* const kContexte =
     "RUF_FAM=;COD_SEF=01;DEB_SEF=20240101;FIN_SEF=20241231;AT/ORG_GE=;AT/GST_CD=;AT/IDT_AT=;"
     "AT/ORG_GE1=;AT/GST_CD1=;AT/IDT_AT1=;AT/ORG_GE2=;AT/GST_CD2=;AT/IDT_AT2=;NB_BEN=2";
 
-// Fields from their table.
-Champs champs(const std::string& table) {
-    Champs c;
-    std::istringstream flux(table);
-    for (std::string champ; std::getline(flux, champ, ';');) {
-        c.emplace_back(champ.substr(0, champ.find('=')), champ.substr(champ.find('=') + 1));
-    }
-    return c;
-}
-
 // A word for the shell, quoted.
 std::string mot(const std::string& texte) {
     std::string s = "'";
@@ -330,6 +320,15 @@ Textes xml(const std::string& fichier, const std::string& xpath, bool noms) {
     xmlXPathFreeContext(ctx);
     xmlFreeDoc(doc);
     return t;
+}
+
+Champs champs(const std::string& table) {
+    Champs c;
+    std::istringstream flux(table);
+    for (std::string champ; std::getline(flux, champ, ';');) {
+        c.emplace_back(champ.substr(0, champ.find('=')), champ.substr(champ.find('=') + 1));
+    }
+    return c;
 }
 
 std::string reponse(const std::string& appelant, const std::string& code,

@@ -105,6 +105,8 @@ Textes version_stockee(const std::string& dll);
 
 /// Card fields by path ("MUT/MUT_NUM"), in document order; a path may repeat.
 using Champs = std::vector<std::pair<std::string, std::string>>;
+/// Fields written "PATH=value;PATH=value".
+Champs champs(const std::string& table);
 /// A beneficiary with every field the bridge reads and one period of each right, then
 /// `retouches` ("COD_SEB=13;MUT/MUT_NUM=") over it.
 Champs beneficiaire(const std::string& nom, const std::string& prenom, const std::string& naissance,
