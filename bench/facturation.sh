@@ -110,7 +110,7 @@ for n in "${tailles[@]}"; do
         # The returns start from this shop, two simulated days after the sending, with
         # the period the host writes from data version 3500.
         rm -rf "$d/modele-retours" && cp -a "$d/run" "$d/modele-retours"
-        "$bin/sv140-semer" jours "$d/modele-retours" 2
+        "$bin/sv140-shop" avancer "$d/modele-retours" 2 >/dev/null
         printf '<?xml version="1.0" encoding="ISO-8859-1"?>\r\n<ZRMESSAGE><donnees><datedebut>%s</datedebut><datedfin>%s</datedfin></donnees></ZRMESSAGE>\r\n' \
           "$(date -d '-90 days' +%Y%m%d)" "$(date +%Y%m%d)" \
           >"$d/modele-retours/Belvane_Classic/SV140/ZEMO_Request.xml"

@@ -2,7 +2,6 @@
 // of a busy month, for the invoicing measurements.
 //
 //   sv140-semer DIR N          on a shop made by `sv140-shop init DIR`
-//   sv140-semer jours DIR J    moves the simulated day J days on
 //
 // The simulator gets N waiting invoices spread over twenty paying organisations
 // (regimes 01, 02, 03 and 91, half of them unknown to its directory), one in 25
@@ -241,21 +240,11 @@ int semer(const std::string& dossier, long long n) {
 int main(int argc, char** argv) {
     const std::vector<std::string> args(argv + 1, argv + argc);
     try {
-        if (args.size() == 3 && args[0] == "jours") {
-            int decalage = 0;
-            std::string erreur;
-            if (!sim::Avancer_Jours(shop::Disposition(args[1]).zrsim, std::stoi(args[2]), decalage,
-                                    erreur)) {
-                std::cerr << "sv140-semer : " << erreur << "\n";
-                return 1;
-            }
-            return 0;
-        }
         if (args.size() == 2 && std::stoll(args[1]) > 0) {
             return semer(args[0], std::stoll(args[1]));
         }
     } catch (const std::exception&) {
     }
-    std::cerr << "usage : sv140-semer DIR N | sv140-semer jours DIR J\n";
+    std::cerr << "usage : sv140-semer DIR N\n";
     return 2;
 }
