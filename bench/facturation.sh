@@ -100,11 +100,8 @@ for n in "${tailles[@]}"; do
       plancher="$d/plancher.accdb"
       rm -f "$plancher"*
       cp "$modele/Belvane_Classic/_Magasin/$base" "$plancher"
-      if [ "$r" = 1 ]; then
-        cp "$plancher" "$d/avant.accdb"
-        "$bin/sv140-plancher-sql" "$phase" "$prog/ZEMO_SvResponse.xml" "$d/avant.accdb" \
-          >"$d/$phase.sql"
-        rm -f "$d/avant.accdb"*
+      if [ "$r" = 1 ]; then  # the script, from the copy before the floor runs on it
+        "$bin/sv140-plancher-sql" "$phase" "$prog/ZEMO_SvResponse.xml" "$plancher" >"$d/$phase.sql"
       fi
       mesurer "$d/$phase.plancher" sqlite3 -bail "$plancher" ".read $d/$phase.sql"
       if [ "$r" = 1 ]; then

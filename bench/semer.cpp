@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <ctime>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -50,9 +51,9 @@ constexpr int kOrganismesConnus = 5;  // already in T_InfosAdresse before the fi
 constexpr int kUnDegradeSur = 25;
 constexpr int kUnRejeteSur = 50;
 constexpr int kDeuxBordereauxSur = 10;
-// The largest answer, the return of every invoice, takes about 1 100 bytes per invoice.
+// The largest answer, the return of every invoice, takes about 1 000 bytes per invoice.
 constexpr long long kOctetsParFacture = 1536;
-constexpr long long kRowsParInstruction = 500;
+constexpr long long kLignesParInstruction = 500;
 
 std::tm jours_avant(std::tm jour, int jours) {
     jour.tm_mday -= jours;
@@ -72,7 +73,7 @@ class Insertions {
     Insertions(Connexion& base, std::string entete) : base_(base), entete_(std::move(entete)) {}
     Statut ajouter(const std::string& valeurs) {
         lignes_ += (lignes_.empty() ? "" : ", ") + ("(" + valeurs + ")");
-        return ++compte_ % kRowsParInstruction == 0 ? vider() : Statut();
+        return ++compte_ % kLignesParInstruction == 0 ? vider() : Statut();
     }
     Statut vider() {
         if (lignes_.empty()) {
@@ -116,7 +117,7 @@ int semer(const std::string& dossier, long long n) {
         f.numeroPrescripteur = "991234567";
         f.datePrescription = f.dateFacture;
         f.montantHonoraires = 15000 + (i * 37) % 25000;
-        f.montantAMO = f.montantHonoraires * 6 / 100;  // 60 % of a tenth: the LPP base
+        f.montantAMO = f.montantHonoraires * 6 / 100;  // 60 % of a base a tenth of the fee
         f.montantAMC = (f.montantHonoraires - f.montantAMO) / 2;
         factures.push_back(std::move(f));
     }
