@@ -4,6 +4,7 @@
 //   sv140-appel ZRSIM REQUETE TAILLE   the request file the bridge wrote
 //                                      (ZEMO_SvRequest.xml), an answer buffer of TAILLE
 //                                      bytes; exit 0 when the answer fitted
+#include <algorithm>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -21,7 +22,7 @@ int main(int argc, char** argv) {
     int taille = std::stoi(argv[3]);
     std::vector<char> reponse(static_cast<std::size_t>(taille), '\0');
     const int retour = sim::Executer(argv[1], requete.c_str(), reponse.data(), &taille);
-    const std::string texte(reponse.data());
+    const std::string texte(reponse.begin(), std::find(reponse.begin(), reponse.end(), '\0'));
     if (retour != 0 || texte.find("<codeErreur>0</codeErreur>") == std::string::npos) {
         std::cerr << "sv140-appel : " << retour << " " << texte.substr(0, 400) << "\n";
         return 1;
