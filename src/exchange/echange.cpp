@@ -26,10 +26,17 @@ constexpr long kTailleMaximale = 64L * 1024 * 1024;
 // an answer that never fits.
 constexpr int kEssais271 = 3;
 
+// In one pass: an answer of a lot or of a quarter's returns is megabytes long, and a
+// replacement in place would move its whole tail at each line end.
 void remplacer_tout(std::string& s, std::string_view de, std::string_view par) {
-    for (std::size_t pos = 0; (pos = s.find(de, pos)) != std::string::npos; pos += par.size()) {
-        s.replace(pos, de.size(), par);
+    std::string r;
+    r.reserve(s.size());
+    std::size_t debut = 0;
+    for (std::size_t pos; (pos = s.find(de, debut)) != std::string::npos; debut = pos + de.size()) {
+        r.append(s, debut, pos - debut).append(par);
     }
+    r.append(s, debut, std::string::npos);
+    s = std::move(r);
 }
 
 bool lire_reponse(Run& run, int essai);

@@ -176,5 +176,20 @@ TEST(Xml, Selection) {
     EXPECT_TRUE(doc.selectionner("/R/C[N=" + xpath_litteral("' or '1'='1") + "]").empty());
 }
 
+TEST(Xml, AFieldIsTheFirstNodeOfItsPathInDocumentOrder) {
+    XmlDocument doc;
+    ASSERT_TRUE(
+        doc.charger_texte("<R><a/><a><x>0</x><b>1</b></a><a><b>2</b></a>"
+                          "<p:c xmlns:p='u'>3</p:c><d-1><e.f>4</e.f></d-1></R>"));
+    const std::pair<const char*, const char*> cas[] = {
+        {"a/b", "1"},     {"a", ""},          {"b", ""},       {"c", ""},
+        {"d-1/e.f", "4"}, {"a/b | a/x", "0"}, {"a[3]/b", "2"}, {"//b", "1"},
+    };
+    for (const auto& [chemin, attendu] : cas) {
+        EXPECT_EQ(doc.racine().texte_de(chemin), attendu) << chemin;
+        EXPECT_EQ(doc.racine().selectionner_un(chemin).texte(), attendu) << chemin;
+    }
+}
+
 }  // namespace
 }  // namespace sv140
