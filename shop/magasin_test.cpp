@@ -71,9 +71,8 @@ TEST_F(Schema, LesBasesAcceptentLesInstructionsDuPontEtDeLHote) {
     const std::string facture =
         "INSERT INTO T_InfosFacture ( Info_Facture_NUMFAC, Info_Facture_dteCreate, "
         "Info_Facture_TOTALFAC ) SELECT '123' AS v1, #03/05/2024# as v1d, 123.45 AS v12;";
-    // The card tables answer the bridge in every black-box run; these are the defaults
-    // and the invoicing table it does not reach yet. In order: each statement finds the
-    // rows the earlier ones wrote.
+    // The tables answer the bridge in every black-box run; these are the defaults and the
+    // invoice key. In order: each statement finds the rows the earlier ones wrote.
     const Instruction instructions[] = {
         {P, "SELECT T_InfoParam.* From T_InfoParam WHERE (((T_InfoParam.Info_Param_ID)=1));",
          "Num_Situ=1 SCORActif=0"},

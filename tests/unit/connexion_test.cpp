@@ -75,28 +75,6 @@ TEST_F(ConnexionTest, AUnitIsCommittedWholeOrNotAtAll) {
     EXPECT_EQ(mode->champ("journal_mode").str(), "wal");
 }
 
-// Items the middleware acted on are recorded one unit each: a failed item is rolled
-// back alone, the next ones are still recorded, and the failure names it.
-TEST_F(ConnexionTest, ItemsAreRecordedOneUnitEach) {
-    const std::vector<std::vector<std::string>> items = {
-        {"'a'"}, {"'b'", "'a'"}, {"'c'", "'d'"}, {"'e'", "Null + (SELECT x FROM Absente)"}};
-    Statut s = Enregistrer_Par_Unite(
-        bases_, items.size(),
-        [&](std::size_t i) {
-            for (const std::string& nom : items[i]) {
-                if (Statut ecrit = inserer(bases_.pont, nom); !ecrit) {
-                    return ecrit;
-                }
-            }
-            return Statut();
-        },
-        [](std::size_t i) { return "facture " + std::to_string(i + 1); });
-    EXPECT_EQ(valides(), (std::vector<std::string>{"a", "c", "d"}));
-    ASSERT_FALSE(s);
-    EXPECT_EQ(s.raison().substr(0, s.raison().find(" (")), "non enregistré : facture 2, facture 4");
-    EXPECT_NE(s.raison().find("UNIQUE"), std::string::npos) << s.raison();
-}
-
 TEST_F(ConnexionTest, ValuesReadAsTheHostReadsThem) {
     Connexion& c = bases_.pont;
     std::string long_texte;

@@ -1,8 +1,9 @@
 // The amounts, counts, dates and numbers invoicing writes for the middleware and the
-// databases, and the complementary share each act line takes from the flat allowance.
+// databases, where the claims of the black-box tests do not reach: halves, signs, long
+// numbers, calendar dates.
 #include <gtest/gtest.h>
 
-#include "invoicing/factures.h"
+#include "invoicing/factures.h"  // Numero_Requete
 #include "invoicing/montants.h"
 
 namespace sv140 {
@@ -61,45 +62,6 @@ TEST(Montants, DatesTheHostWrites) {
     for (const auto& [texte, attendu] : cas) {
         EXPECT_EQ(Date_AAAAMMJJ(texte), attendu) << texte;
     }
-}
-
-TEST(Montants, ComplementaryShareSpendsTheAllowanceInOrder) {
-    struct Ligne {
-        double total, part_amo, montant_amc;
-        const char* part;
-    };
-    const struct {
-        const char* nom;
-        bool total_amc_nul;
-        double forfait;
-        std::vector<Ligne> lignes;
-    } cas[] = {
-        {"no complementary total: the gaps, up to the allowance",
-         true,
-         50,
-         {{40, 0, 0, "40.00"}, {40, 0, 0, "10.00"}, {40, 0, 0, "0.00"}}},
-        {"a complementary total topped up by the allowance",
-         false,
-         15,
-         {{40, 0, 30, "40.00"}, {40, 0, 0, "5.00"}, {40, 0, 20, "0.00"}}},
-        {"a complementary total, no allowance", false, 0, {{40, 10, 25, "25.00"}}},
-    };
-    for (const auto& c : cas) {
-        Forfait forfait{c.forfait, c.forfait};
-        for (const Ligne& l : c.lignes) {
-            EXPECT_EQ(
-                Part_Complementaire(l.total, c.total_amc_nul, l.part_amo, l.montant_amc, forfait),
-                l.part)
-                << c.nom;
-        }
-    }
-}
-
-TEST(Montants, RegimeLabels) {
-    EXPECT_EQ(Libelle_Regime("01"), "Régime Général");
-    EXPECT_EQ(Libelle_Regime("99"), "Sections Locales Mutualistes");
-    EXPECT_EQ(Libelle_Regime("11"), "Autres");
-    EXPECT_EQ(Libelle_Regime("1"), "Autres");
 }
 
 }  // namespace
