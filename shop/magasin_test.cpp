@@ -204,16 +204,6 @@ TEST_F(Facturation, LaDemandeDeFactureTientLesDonneesDeLaCarte) {
         const char* mutuelle;
     };
     const Cas cas[] = {
-        {"famille",
-         4,
-         {{"nomBeneficaire", "MARTIN"},
-          {"prenomBeneficaire", "Hugo"},
-          {"dateNaissanceBeneficaire", "20120914"},
-          {"rangNaissanceBeneficaire", "2"},
-          {"nirAssure", "1780575115042"},
-          {"cleNirAssure", "03"},
-          {"codeCaisse", "751"}},
-         "44123456"},
         {"accents",
          1,
          {{"nomBeneficaire", "D'ARTAGNAN-LEFÈVRE"},

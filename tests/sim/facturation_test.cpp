@@ -227,17 +227,6 @@ TEST_F(Facturation, SeuleUneFactureEnAttentePeutEtreSupprimee) {
         EXPECT_EQ(r.code(), std::to_string(etapes[i].code)) << r.texte("libelleErreur");
         EXPECT_EQ(en_attente(), etapes[i].en_attente);
     }
-
-    // The demo state starts again from nothing: no invoice, number 1, today.
-    int decalage = 0;
-    std::string erreur;
-    ASSERT_TRUE(Avancer_Jours(zrsim_, 5, decalage, erreur));
-    ASSERT_TRUE(Initialiser_Etat_Demo(zrsim_, erreur)) << erreur;
-    ASSERT_TRUE(Avancer_Jours(zrsim_, 0, decalage, erreur));
-    EXPECT_EQ(decalage, 0);
-    EXPECT_EQ(Lire_Factures(zrsim_).size(), 0u);
-    EXPECT_EQ(appeler(creation(kJulien, {kMonture})).texte("donnees/donneesFacture/numeroFacture"),
-              "1");
 }
 
 FactureSimulee facture(long long numero, const std::string& regime, const std::string& caisse,
