@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/ui.h"
+
 namespace sv140 {
 
 /// How a page is scanned, as the shop's settings give it for a kind of document.
@@ -43,13 +45,16 @@ class Scanner {
     /// page into the BMP file `bmp`, replaced. When the result is not Reussi, `bmp`
     /// holds no new page.
     virtual ResultatScan numeriser(const ReglagesScan& reglages, const std::string& bmp) = 0;
-    /// The names of the sources the optician may choose from; empty when there are
-    /// none or they cannot be listed.
-    virtual std::vector<std::string> sources() = 0;
-    /// Makes `source`, one of sources(), the one the next scans use. False when it is
-    /// not one of them.
-    virtual bool choisir_source(const std::string& source) = 0;
+    /// Lets the optician choose the source the next scans use: the system's own chooser
+    /// where the platform has one and the interface is not the console; otherwise the
+    /// sources' names are listed with `ui.Choisir` under the title
+    /// kTitreChoixSource. False when no source was chosen (none to choose from, the
+    /// chooser closed).
+    virtual bool choisir_source(Ui& ui) = 0;
 };
+
+/// The caption of the source chooser.
+inline constexpr const char* kTitreChoixSource = "Sélection de la source";
 
 /// The platform's scanner.
 std::unique_ptr<Scanner> creer_scanner();

@@ -13,8 +13,7 @@ class ScannerAbsent : public Scanner {
         return {EtatScan::SourceIndisponible,
                 "Aucun scanner : la numérisation n'est pas encore prise en charge sur ce poste"};
     }
-    std::vector<std::string> sources() override { return {}; }
-    bool choisir_source(const std::string&) override { return false; }
+    bool choisir_source(Ui&) override { return false; }
 };
 
 }  // namespace

@@ -19,12 +19,22 @@ namespace sv140 {
 enum class Icone { Aucune, Critique, Question, Exclamation, Information };
 enum class Reponse { Oui, Non, Annuler };
 
-/// A modal form: what it shows and its buttons.
+/// One field of a form: its label and the text its box shows (both may be empty: a
+/// cleared field).
+struct ChampFormulaire {
+    std::string libelle;
+    std::string valeur;
+};
+
+/// A modal form: which one, what it shows and its buttons.
 struct Formulaire {
+    /// Which form this is ("Documents_SCOR", "Document_Ordo2"): the window a platform
+    /// draws for it. The console draws every form the same way.
+    std::string nom;
     /// The window's caption.
     std::string titre;
-    /// What it shows, one line per field, written like a box's text.
-    std::string etat;
+    /// The fields, in the order they are drawn.
+    std::vector<ChampFormulaire> champs;
     /// Each button's caption with what it acts on ("Supprimer Ordonnance"), numbered
     /// from 1 in this order.
     std::vector<std::string> actions;

@@ -58,6 +58,22 @@ std::optional<std::size_t> numero(std::string_view ligne, std::size_t nombre) {
     return n - 1;
 }
 
+/// What a form shows, a line per field ("Ordonnance : /path"); a cleared field (no
+/// label, no text) is not drawn.
+std::string etat(const Formulaire& formulaire) {
+    std::string texte;
+    for (const ChampFormulaire& champ : formulaire.champs) {
+        if (champ.libelle.empty() && champ.valeur.empty()) {
+            continue;
+        }
+        if (!texte.empty()) {
+            texte += '\n';
+        }
+        texte += champ.libelle + " : " + champ.valeur;
+    }
+    return texte;
+}
+
 class UiConsole : public Ui {
   public:
     UiConsole(Journal journal, std::istream& entree, std::ostream& sortie, Visionneuse visionneuse)
@@ -81,7 +97,7 @@ class UiConsole : public Ui {
 
     void Montrer(const Formulaire& formulaire, const std::function<void(int)>& agir) override {
         for (;;) {
-            montrer(formulaire.titre, formulaire.etat);
+            montrer(formulaire.titre, etat(formulaire));
             for (std::size_t i = 0; i < formulaire.actions.size(); ++i) {
                 ecrire(std::to_string(i + 1) + ") " + formulaire.actions[i]);
             }

@@ -71,15 +71,16 @@ std::string lignes(const std::vector<std::string>& l) {
 TEST(UiConsole, FormActsUntilItsClosingButton) {
     Console c("2\n9\n abc \n 1 \n3\n1\n");
     auto ui = c.ui();
-    Formulaire f{"Revue",
-                 "Ordonnance : ordo.jpg\nFeuille de soins : cerfa.jpg",
+    Formulaire f{"Documents_SCOR",
+                 "Revue",
+                 {{"Ordonnance", "ordo.jpg"}, {"Feuille de soins", "cerfa.jpg"}, {"", ""}},
                  {"Ouvrir Ordonnance", "Supprimer Ordonnance", "Enregistrer"},
                  3};
     std::vector<int> actions;
     ui->Montrer(f, [&](int action) {
         actions.push_back(action);
         if (action == 2) {
-            f.etat = "Ordonnance : \nFeuille de soins : cerfa.jpg";
+            f.champs[0].valeur.clear();
         }
     });
     EXPECT_EQ(actions, (std::vector<int>{2, 1}));
@@ -105,7 +106,7 @@ TEST(UiConsole, LeavingAFormOrAChooserWithoutAnAnswer) {
     for (const std::string& entree : {std::string(), std::string("\n\n"), bruit}) {
         Console c(entree);
         auto ui = c.ui();
-        Formulaire f{"Revue", "", {"Supprimer Ordonnance", "Enregistrer"}, 2};
+        Formulaire f{"Documents_SCOR", "Revue", {}, {"Supprimer Ordonnance", "Enregistrer"}, 2};
         bool agi = false;
         ui->Montrer(f, [&](int) { agi = true; });
         EXPECT_FALSE(agi);
