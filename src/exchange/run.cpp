@@ -17,6 +17,20 @@ Connexions& Run::bases() {
     return *cnx;
 }
 
+Scanner& Run::numeriseur() {
+    if (!scanner) {
+        scanner = creer_scanner();
+    }
+    return *scanner;
+}
+
+ConvertisseurImage& Run::convertisseur() {
+    if (!images) {
+        images = creer_convertisseur_image();
+    }
+    return *images;
+}
+
 Run nouveau_run(const std::string& dossier, std::unique_ptr<Ui> ui) {
     Run run;
     run.dossier_programme = dossier;

@@ -8,6 +8,8 @@
 #include <string_view>
 
 #include "data/connexions.h"
+#include "platform/image.h"
+#include "platform/scanner.h"
 #include "platform/systeme.h"
 #include "platform/ui.h"
 
@@ -33,6 +35,10 @@ struct Run {
     /// The middleware, loaded at its first call and kept for the run (an oversized
     /// answer is fetched again from the same loaded library).
     std::unique_ptr<Bibliotheque> intergiciel;
+    /// The scanner and the image converter of a capture, the platform's unless a test
+    /// put its own; made at their first use.
+    std::unique_ptr<Scanner> scanner;
+    std::unique_ptr<ConvertisseurImage> images;
 
     /// Full path of a file of the program folder.
     std::string fichier(std::string_view nom) const;
@@ -40,6 +46,8 @@ struct Run {
     void log(std::string_view message) const;
     /// The run's databases, opened at the first call (Ouvrir_Connexions).
     Connexions& bases();
+    Scanner& numeriseur();
+    ConvertisseurImage& convertisseur();
 };
 
 /// A run set up for the program folder `dossier`: console or platform interface,
