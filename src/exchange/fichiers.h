@@ -25,6 +25,9 @@ inline constexpr const char* kGenerateurPdf = "Scor.exe";
 #else
 inline constexpr const char* kGenerateurPdf = "Scor";
 #endif
+/// What the PDF generator printed during the last session (its reasons for a PDF it
+/// could not write).
+inline constexpr const char* kSortieGenerateur = "Scor_sortie.txt";
 
 // The images of a session: the scanner's page, each kind's JPEG, the collected paper.
 inline constexpr const char* kPageScannee = "monfichier.bmp";
