@@ -43,6 +43,8 @@ struct Facture {
     std::string certification;
     double amo = 0;
     double amc = 0;
+    std::string dossier;       // the host's file the invoice belongs to
+    std::string type_dossier;  // and its kind
 };
 
 std::string euros(const Valeur& v) {
@@ -95,7 +97,8 @@ class Demo {
 
     void titre(std::string_view texte);
     void echec(std::string_view texte);
-    bool operation(const char* nom, std::string_view quoi);
+    bool operation(const char* nom, std::string_view quoi, const std::string& reponses = "",
+                   const std::vector<std::string>& environnement = {});
     ReponseLue lire_reponse() const;
 
     std::optional<Recordset> lire(const std::string& base, std::string_view sql);
@@ -109,7 +112,10 @@ class Demo {
     bool ecrire_demande_complementaire(long client, const Beneficiaire& b);
     void montrer_copies_complementaire();
 
-    void facturer();
+    std::optional<Facture> facturer();
+    void capturer(const Facture& f);
+    std::vector<std::string> scanner_de_demonstration();
+    void montrer_pieces();
     bool ecrire_demande_facture();
     std::optional<Facture> montrer_facture();
     std::optional<std::string> ecrire_bordereaux(const Facture& f);
@@ -146,7 +152,8 @@ ReponseLue Demo::lire_reponse() const {
     return r;
 }
 
-bool Demo::operation(const char* nom, std::string_view quoi) {
+bool Demo::operation(const char* nom, std::string_view quoi, const std::string& reponses,
+                     const std::vector<std::string>& environnement) {
     titre(std::string(nom) + " : " + std::string(quoi));
     sortie_ << "    " << inst_.pont() << " " << nom << " " << inst_.magasin << "\n";
 
@@ -159,8 +166,19 @@ bool Demo::operation(const char* nom, std::string_view quoi) {
     lancement.arguments = {nom, inst_.magasin};
     lancement.sortie = console;
     lancement.entree_vide = true;
-    lancement.environnement = {"SV140_UI=console"};
+    lancement.environnement = environnement;
+    lancement.environnement.push_back("SV140_UI=console");
+    // The optician's answers, one a line, as the console interface reads them.
+    const std::string fichier_reponses = joindre(inst_.racine, "sv140-shop-reponses.txt");
+    if (!reponses.empty()) {
+        if (!ecrire_fichier(fichier_reponses, reponses)) {
+            echec("impossible d'écrire " + fichier_reponses);
+            return false;
+        }
+        lancement.entree = fichier_reponses;
+    }
     const int fin = lancer_programme(inst_.pont(), lancement);
+    supprimer_fichier(fichier_reponses);
 
     std::string messages;
     if (lire_fichier(console, messages)) {
@@ -390,18 +408,18 @@ void Demo::montrer_copies_complementaire() {
 // The host's invoicing cycle for the beneficiary linked above: the claim, the invoice
 // the bridge stores, the slips the host makes for it, the list, the sending, and what
 // the insurers answered two days later.
-void Demo::facturer() {
+std::optional<Facture> Demo::facturer() {
     titre("demande de facture de l'opticien : une paire de lunettes");
     if (!ecrire_demande_facture()) {
-        return;
+        return std::nullopt;
     }
     if (!operation("f_CreerFacture", "création de la facture")) {
         sortie_ << "    (sans facture créée, la suite du cycle n'est pas jouée)\n";
-        return;
+        return std::nullopt;
     }
     const std::optional<Facture> facture = montrer_facture();
     if (!facture) {
-        return;
+        return std::nullopt;
     }
 
     titre("bordereaux de l'hôte pour la facture n° " + facture->numero);
@@ -420,6 +438,7 @@ void Demo::facturer() {
         operation("f_LireInfosRetourFacture", "retours des caisses et paiements") && fiche) {
         montrer_bordereau_hote(*fiche);
     }
+    return facture;
 }
 
 bool Demo::ecrire_demande_facture() {
@@ -458,6 +477,8 @@ std::optional<Facture> Demo::montrer_facture() {
     f.certification = rs->champ("Info_Facture_TYPECERTIF").str();
     f.amo = rs->champ("Info_Facture_TPAMO").nombre();
     f.amc = rs->champ("Info_Facture_TPAMC").nombre();
+    f.dossier = rs->champ("Info_Facture_NumDOS").str();
+    f.type_dossier = rs->champ("Info_Facture_TypDOS").str();
     sortie_ << "    T_InfosFacture : facture n° " << f.numero << " (clé " << f.cle << "), dossier "
             << texte(rs->champ("Info_Facture_TypDOS")) << " "
             << texte(rs->champ("Info_Facture_NumDOS")) << ", créée le "
@@ -691,6 +712,92 @@ bool Demo::ecrire_periode_retours(const std::string& fin) {
     return true;
 }
 
+// The scanner the demo scans with: SANE's test device, configured in the demo's own
+// folder (the machine's scanner settings are left alone), delivering a grey grid page.
+std::vector<std::string> Demo::scanner_de_demonstration() {
+#if defined(_WIN32)
+    sortie_ << "    scanner : la source TWAIN par défaut du poste\n";
+    return {};
+#else
+    const std::string dossier = joindre(inst_.racine, "sane");
+    const bool pret = (dossier_existe(dossier) || creer_dossier(dossier)) &&
+                      ecrire_fichier(joindre(dossier, "dll.conf"), "test\n") &&
+                      ecrire_fichier(joindre(dossier, "test.conf"),
+                                     "number_of_devices 1\nmode Gray\ndepth 8\nresolution 200.0\n"
+                                     "test-picture \"Grid\"\ngeometry_max 300.0\n"
+                                     "br_x 148.0\nbr_y 210.0\n");
+    if (!pret) {
+        echec("impossible de configurer le scanner de démonstration dans " + dossier);
+        return {};
+    }
+    sortie_ << "    scanner : périphérique SANE « test:0 » (mire en grille, format A5), configuré "
+               "dans "
+            << dossier << "\n";
+    return {"SANE_CONFIG_DIR=" + dossier, "SANE_DEFAULT_DEVICE=test:0"};
+#endif
+}
+
+void Demo::capturer(const Facture& f) {
+    titre("commande SCOR de l'hôte pour la facture n° " + f.numero +
+          " : l'ordonnance et la feuille de soins");
+    const std::string dossier = Val(f.dossier) >= 1 ? Nombre_SQL(Val(f.dossier)) : "1";
+    const std::string type = f.type_dossier.empty() ? "OPT" : f.type_dossier;
+    XmlDocument doc;
+    XmlNoeud ordre =
+        doc.creer_racine("ZRMESSAGE").ajouter("requete").ajouter("fonction").ajouter("f_Scor");
+    const struct {
+        const char* groupe;
+        const char* id;
+        const char* compteur;
+    } pieces[] = {{"Ordonnance", "", "1"}, {"Cerfa", "", "2"}, {"Autre", "0", "3"}};
+    for (const auto& p : pieces) {
+        XmlNoeud g = ordre.ajouter(p.groupe);
+        g.ajouter("Dossier", type);
+        g.ajouter("Id", *p.id ? std::string(p.id) : dossier);
+        g.ajouter("Facture", f.numero);
+        g.ajouter("Compteur", p.compteur);
+    }
+    const std::string chemin = joindre(inst_.programme, "dctsScor.xml");
+    if (!doc.enregistrer(chemin)) {
+        echec("impossible d'écrire " + chemin);
+        return;
+    }
+    sortie_ << "    " << chemin << " : ordonnance (compteur 1) et feuille de soins (compteur 2) du "
+            << "dossier " << type << " " << dossier << ", aucune autre pièce\n";
+    const std::vector<std::string> scanner = scanner_de_demonstration();
+    sortie_ << "    l'opticien répond : oui (il scanne l'ordonnance), non (la feuille de soins est "
+               "collectée sur papier), puis 7) Enregistrer dans la fenêtre de visualisation\n";
+    if (operation("f_Scor", "numérisation des pièces jointes", "oui\nnon\n7\n", scanner)) {
+        montrer_pieces();
+    }
+}
+
+void Demo::montrer_pieces() {
+    auto rs = lire(base_pont_,
+                   "SELECT T_InfosSCor.* FROM T_InfosSCor ORDER BY T_InfosSCor.InfosSCor_ID;");
+    sortie_ << "    T_InfosSCor : " << (rs ? rs->RecordCount() : 0) << " pièce(s)\n";
+    for (; rs && !rs->EOF_(); rs->MoveNext()) {
+        // The stored folder ends with its separator.
+        const std::string pdf =
+            rs->champ("InfosSCor_Chemin").str() + rs->champ("InfosSCor_nom").str();
+        std::string octets;
+        const bool lu = lire_fichier(pdf, octets);
+        sortie_ << "      " << texte(rs->champ("InfosSCor_Nature")) << " facture "
+                << texte(rs->champ("InfosSCor_NUMFAC")) << ", mode "
+                << (rs->champ("InfosSCor_Mode").str() == "M" ? "M (papier collecté)"
+                                                             : "(vide : scannée)")
+                << ", à envoyer : " << (rs->champ("Pointage").booleen() ? "oui" : "non") << "\n"
+                << "        " << pdf << " : "
+                << (lu ? std::to_string(octets.size()) + " octets" : std::string("ABSENT")) << "\n";
+        if (!lu || octets.rfind("%PDF-", 0) != 0) {
+            echec("le PDF de la pièce n'est pas dans l'archive");
+        }
+    }
+    if (!rs || rs->RecordCount() != 2) {
+        echec("deux pièces attendues : l'ordonnance et la feuille de soins");
+    }
+}
+
 void Demo::montrer_traces() {
     const std::time_t maintenant = std::time(nullptr);
     char mois[8] = "";
@@ -745,7 +852,9 @@ std::vector<std::string> Demo::derouler() {
         montrer_copies_complementaire();
     }
 
-    facturer();
+    if (const std::optional<Facture> facture = facturer()) {
+        capturer(*facture);
+    }
 
     montrer_traces();
     return echecs_;

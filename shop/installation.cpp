@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "exchange/fichiers.h"
 #include "platform/intergiciel.h"
 #include "platform/systeme.h"
 #include "shop/schema.h"
@@ -33,8 +34,11 @@ Issue Installer(const std::string& dossier, const std::string& source, std::stri
     // stands beside the bridge under the real middleware's name by accident.
     const std::string simulateur =
         fichier_existe(joindre(source, kNomIntergiciel)) ? source : joindre(source, "simulateur");
+    // The PDF generator and the collected paper's image are the capture's own files.
     const std::pair<const char*, std::string> livres[] = {{kNomPont, source},
-                                                          {kNomIntergiciel, simulateur}};
+                                                          {kNomIntergiciel, simulateur},
+                                                          {fichiers::kGenerateurPdf, source},
+                                                          {fichiers::kPapierCollecte, source}};
     for (const auto& [nom, dossier_source] : livres) {
         if (!fichier_existe(joindre(dossier_source, nom))) {
             erreur = std::string(nom) + " introuvable dans " + dossier_source;
@@ -49,8 +53,9 @@ Issue Installer(const std::string& dossier, const std::string& source, std::stri
     }
     for (const auto& [nom, dossier_source] : livres) {
         const std::string cible = joindre(inst.programme, nom);
+        const bool programme = std::string_view(nom) != fichiers::kPapierCollecte;
         if (!copier_fichier_systeme(joindre(dossier_source, nom), cible, true) ||
-            !rendre_executable(cible)) {
+            (programme && !rendre_executable(cible))) {
             erreur = "impossible de copier " + std::string(nom) + " dans " + inst.programme;
             return Issue::Echec;
         }

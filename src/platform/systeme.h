@@ -63,6 +63,9 @@ struct Lancement {
     /// Standard input read from the null device, so that a console question sees its
     /// end at once; otherwise this process's input is shared.
     bool entree_vide = false;
+    /// A file read as standard input instead (the answers to the questions a program
+    /// asks on its console); "" for none.
+    std::string entree;
     /// "NAME=value" entries added to this process's environment for the program,
     /// each replacing a variable of the same name.
     std::vector<std::string> environnement;

@@ -315,7 +315,9 @@ int lancer_programme(const std::string& programme, const Lancement& lancement) {
     if (::posix_spawn_file_actions_init(&actions) != 0) {
         return -1;
     }
-    if (lancement.entree_vide) {
+    if (!lancement.entree.empty()) {
+        ::posix_spawn_file_actions_addopen(&actions, 0, lancement.entree.c_str(), O_RDONLY, 0);
+    } else if (lancement.entree_vide) {
         ::posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     }
     if (!lancement.sortie.empty()) {

@@ -363,9 +363,16 @@ int lancer_programme(const std::string& programme, const Lancement& lancement) {
     DWORD drapeaux = 0;
     BOOL heriter = FALSE;
     Poignee entree, sortie, erreur;
-    if (lancement.entree_vide || !lancement.sortie.empty()) {
+    if (lancement.entree_vide || !lancement.entree.empty() || !lancement.sortie.empty()) {
         SECURITY_ATTRIBUTES heritage{sizeof heritage, nullptr, TRUE};
-        if (lancement.entree_vide) {
+        if (!lancement.entree.empty()) {
+            entree = Poignee(::CreateFileW(large(lancement.entree).c_str(), GENERIC_READ,
+                                           FILE_SHARE_READ | FILE_SHARE_WRITE, &heritage,
+                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+            if (!entree.valide()) {
+                return -1;
+            }
+        } else if (lancement.entree_vide) {
             entree =
                 Poignee(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                       &heritage, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
