@@ -398,7 +398,7 @@ void BoiteNoire::SetUp() {
 #endif
         ASSERT_TRUE(existe(windows + "/sv140.exe"))
             << "SV140_WIN32_BIN: no sv140.exe in '" << windows << "'";
-        for (const char* nom : {"sv140.exe", "WebQuintara2.dll"}) {
+        for (const char* nom : {"sv140.exe", "WebQuintara2.dll", "Scor.exe"}) {
             fs::copy_file(windows + "/" + nom, fichier(nom), fs::copy_options::overwrite_existing);
         }
         prefixe_wine();
