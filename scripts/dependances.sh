@@ -16,6 +16,8 @@ paquets=(
   libxml2-dev
   unixodbc-dev odbcinst libsqliteodbc sqlite3 libsqlite3-dev
   googletest libgtest-dev
+  libsane-dev sane-utils
+  imagemagick qpdf poppler-utils
   faketime
   g++-mingw-w64-i686
   wine wine32:i386
