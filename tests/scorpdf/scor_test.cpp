@@ -44,8 +44,9 @@ class ScorTest : public ::testing::Test {
                        .string();
         fs::remove_all(dossier_);
         fs::create_directories(dossier_);
-        ASSERT_TRUE(copier_fichier_systeme(SCOR_EXE, chemin("Scor"), false));
-        ASSERT_TRUE(rendre_executable(chemin("Scor")));
+        ASSERT_TRUE(
+            copier_fichier_systeme(programme(), chemin(fs::path(programme()).filename()), false));
+        ASSERT_TRUE(rendre_executable(chemin(fs::path(programme()).filename())));
     }
     void TearDown() override {
         fs::permissions(dossier_, fs::perms::owner_all, fs::perm_options::add);
@@ -53,6 +54,17 @@ class ScorTest : public ::testing::Test {
     }
 
     std::string chemin(const std::string& nom) const { return joindre(dossier_, nom); }
+
+    /// Scor, or Scor.exe run by Wine for the wine.* tests.
+    static bool sous_wine() { return variable_environnement("SV140_CIBLE") == "win32"; }
+    static std::string programme() {
+#ifdef SV140_WIN32_BIN
+        if (sous_wine()) {
+            return SV140_WIN32_BIN "/Scor.exe";
+        }
+#endif
+        return SCOR_EXE;
+    }
 
     void image(const std::string& nom, const std::string& dessin) {
         ASSERT_EQ(std::system(("convert " + dessin + " " + chemin(nom)).c_str()), 0);
@@ -78,7 +90,15 @@ class ScorTest : public ::testing::Test {
         Lancement l;
         l.sortie = dossier_ + "-sortie.txt";
         l.entree_vide = true;
-        const int code = lancer_programme(chemin("Scor"), l);
+        const std::string scor = chemin(fs::path(programme()).filename());
+        int code;
+        if (sous_wine()) {
+            l.arguments = {scor};
+            l.environnement = {"WINEDEBUG=-all"};
+            code = lancer_programme("/usr/bin/wine", l);
+        } else {
+            code = lancer_programme(scor, l);
+        }
         lire_fichier(l.sortie, messages);
         supprimer_fichier(l.sortie);
         return code;
@@ -194,7 +214,7 @@ TEST_F(ScorTest, UnEchecNeLaissePasDeFichierAMoitie) {
         }
         fs::permissions(dossier_, fs::perms::owner_all, fs::perm_options::add);
         for (const std::string& nom : lister_fichiers(dossier_, "*")) {
-            if (nom != "Scor") {
+            if (nom != fs::path(programme()).filename()) {
                 supprimer_fichier(chemin(nom));
             }
         }
