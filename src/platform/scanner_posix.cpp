@@ -106,7 +106,7 @@ SANE_Word mot_permis(const SANE_Option_Descriptor& d, double valeur) {
 /// Sets a numeric option (every element of an array option). The value the device
 /// kept, which may differ from the one asked for; nothing when it refused.
 std::optional<double> regler_nombre(SANE_Handle h, SANE_Int i, double valeur) {
-    const SANE_Option_Descriptor* d = ::sane_get_option_descriptor(h, i);
+    const SANE_Option_Descriptor* d = i < 0 ? nullptr : ::sane_get_option_descriptor(h, i);
     if (!d || (d->type != SANE_TYPE_INT && d->type != SANE_TYPE_FIXED) ||
         d->size < static_cast<SANE_Int>(sizeof(SANE_Word))) {
         return std::nullopt;
@@ -155,18 +155,17 @@ std::string regler_mode(SANE_Handle h, int type_pixel) {
         return "type de pixel inconnu : " + std::to_string(type_pixel);
     }
     const SANE_Int mode = option(h, SANE_NAME_SCAN_MODE);
-    const SANE_Int profondeur = option(h, SANE_NAME_BIT_DEPTH);
     if (mode < 0) {
         return type_pixel == 1 ? "" : "le scanner ne propose pas le choix du mode";
     }
     if (regler_texte(h, mode, kModes[type_pixel])) {
         // A depth of 16 bits is of no use to a page stored as an 8-bit image.
-        if (type_pixel != 0 && profondeur >= 0) {
+        if (type_pixel != 0) {
             regler_nombre(h, option(h, SANE_NAME_BIT_DEPTH), 8);
         }
         return "";
     }
-    if (type_pixel == 0 && profondeur >= 0 && regler_texte(h, mode, SANE_VALUE_SCAN_MODE_GRAY) &&
+    if (type_pixel == 0 && regler_texte(h, mode, SANE_VALUE_SCAN_MODE_GRAY) &&
         regler_nombre(h, option(h, SANE_NAME_BIT_DEPTH), 1) == 1.0) {
         return "";
     }
@@ -257,10 +256,10 @@ std::string acquerir(SANE_Handle h, Page& page) {
         return "format de page non pris en charge (trame " + std::to_string(p.format) +
                ", profondeur " + std::to_string(p.depth) + ")";
     }
-    if (p.pixels_per_line <= 0 ||
-        p.bytes_per_line < (couleur                ? 3 * p.pixels_per_line
-                            : gris && p.depth == 1 ? (p.pixels_per_line + 7) / 8
-                                                   : p.pixels_per_line)) {
+    const int octets_utiles = couleur        ? 3 * p.pixels_per_line
+                              : p.depth == 1 ? (p.pixels_per_line + 7) / 8
+                                             : p.pixels_per_line;
+    if (p.pixels_per_line <= 0 || p.bytes_per_line < octets_utiles) {
         return "largeur de page incohérente";
     }
     std::vector<SANE_Byte> tampon(65536);
