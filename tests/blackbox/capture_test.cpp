@@ -2,6 +2,7 @@
 // scanner, the review window, the nature chooser, and what the session leaves in the
 // attachment archive and in T_InfosSCor.
 #include <cstdlib>
+#include <filesystem>
 #include <regex>
 
 #include "harnais.h"
@@ -76,6 +77,32 @@ class Capture : public BoiteNoire {
         return chemin;
     }
     std::string archive_du_mois() const { return magasin + "/Sv140Scor/" + horloge("%Y%m"); }
+
+    /// The test scanner the runs find: SANE's test device (its detailed colour pattern,
+    /// 80 x 100 mm) natively, the test tree's TWAIN source under Wine. `etat` "absent"
+    /// leaves no source to reach, "panne" fails the page being read.
+    void scanner(const std::string& etat = "") {
+        if (sous_wine()) {
+            setenv("SV140_TWAIN_TEST",
+                   etat == "absent"  ? "indisponible"
+                   : etat == "panne" ? "echec"
+                                     : "",
+                   1);
+            return;
+        }
+        const std::string dossier = racine + "/sane";
+        std::filesystem::create_directories(dossier);
+        ecrire(dossier + "/dll.conf", etat == "absent" ? "" : "test\n");
+        ecrire(dossier + "/test.conf",
+               std::string("number_of_devices 1\ntest-picture \"Color pattern\"\n") +
+                   (etat == "panne" ? "read-status-code \"SANE_STATUS_IO_ERROR\"\n" : ""));
+        setenv("SANE_CONFIG_DIR", dossier.c_str(), 1);
+    }
+    void TearDown() override {
+        unsetenv("SANE_CONFIG_DIR");
+        unsetenv("SV140_TWAIN_TEST");
+        BoiteNoire::TearDown();
+    }
 };
 
 TEST_F(Capture, SessionAsksForEachWantedKindAndStoresWhatWasKept) {
@@ -218,15 +245,70 @@ TEST_F(Capture, WhatTheOpticianIsToldWhenAPieceIsMissing) {
     }
 
     // A generator that writes a broken PDF: that kind is not stored either.
-    ecrire(fichier("Scor"),
-           "#!/bin/sh\ncd \"$(dirname \"$0\")\"\nfor n in $(sed -n 's:.*<pdf>\\(.*\\)</pdf>.*:\\1:p' "
-           "dctsScorPDF.xml); do printf '%%PDF-1.4 cut' > \"$n\"; done\n");
+    ecrire(
+        fichier("Scor"),
+        "#!/bin/sh\ncd \"$(dirname \"$0\")\"\nfor n in $(sed -n 's:.*<pdf>\\(.*\\)</pdf>.*:\\1:p' "
+        "dctsScorPDF.xml); do printf '%%PDF-1.4 cut' > \"$n\"; done\n");
     ASSERT_EQ(std::system(("chmod +x '" + fichier("Scor") + "'").c_str()), 0);
     e = lancer({"f_Scor", chemin_du_pont(magasin)}, "n\n7\n");
     ASSERT_TRUE(fin_propre(e));
     EXPECT_EQ(titres(e), (Textes{kOrdo, "SCOR", kRevue}));
     EXPECT_NE(e.erreurs.find("(incomplet)"), std::string::npos) << e.erreurs;
     EXPECT_TRUE(pieces().empty());
+}
+
+TEST_F(Capture, ScannedPagesWithinTheSizeTheSchemeAccepts) {
+    struct Cas {
+        const char* nom;
+        std::string etat, dpi, reponses;
+        Textes titres;
+        Lignes pieces;
+    } cas[] = {
+        {"a page scanned at 200 dpi",
+         "",
+         "200",
+         "o\n7\n",
+         {kOrdo, kRevue},
+         {{"123", "ORDN", "", "5", "1", "archivé"}}},
+        {"the same page at 600 dpi is too big", "", "600", "o\n", {kOrdo, "Taille incorrecte"}, {}},
+        {"a scanner failing mid-page shows nothing more", "panne", "200", "o\n", {kOrdo}, {}},
+        {"no scanner: the chooser, left without a choice",
+         "absent",
+         "200",
+         "o\n",
+         {kOrdo, "Sélection de la source"},
+         {}},
+    };
+    ecrire(fichier("dctsScor.xml"), document(ordre("5", "0", "0")));
+    for (const Cas& c : cas) {
+        SCOPED_TRACE(c.nom);
+        scanner(c.etat);
+        sql(pont(), "DELETE FROM T_InfosSCor; UPDATE T_InfoParam SET DPI_ORD_SCOR = " + c.dpi);
+        const Execution e = lancer({"f_Scor", chemin_du_pont(magasin)}, c.reponses);
+        ASSERT_TRUE(fin_propre(e));
+        Textes attendus = c.titres;
+        if (c.pieces.empty()) {
+            attendus.push_back("Erreur dans f_Scor");
+        }
+        EXPECT_EQ(titres(e), attendus) << e.erreurs;
+        EXPECT_EQ(pieces(), c.pieces);
+        EXPECT_FALSE(existe(fichier("monfichier.bmp")));
+        if (c.pieces.empty()) {
+            continue;
+        }
+        // The archived PDF holds the scanned JPEG as it is, and passes a PDF checker
+        // that shares no code with the generator.
+        const Lignes pdf = sql(pont(), "SELECT InfosSCor_Chemin || InfosSCor_nom FROM T_InfosSCor");
+        ASSERT_EQ(pdf.size(), 1u);
+        const std::string chemin = chemin_linux(pdf[0][0]);
+        EXPECT_EQ(std::system(("qpdf --check '" + chemin + "' >/dev/null").c_str()), 0) << chemin;
+        const auto jpeg = lire(fichier("Ordo_SCOR.jpg"));
+        ASSERT_TRUE(jpeg);
+        EXPECT_LT(jpeg->size(), 196000u);
+        const auto pdf_octets = lire(chemin);
+        ASSERT_TRUE(pdf_octets);
+        EXPECT_NE(pdf_octets->find(*jpeg), std::string::npos) << "the JPEG is embedded unchanged";
+    }
 }
 
 TEST_F(Capture, PrescriptionOnlyCaptureIsReviewedButNotStored) {
