@@ -10,6 +10,7 @@
 # Installed apart, the Linux set could take a newer version from the security suite
 # that the 32-bit side then cannot match.
 set -euo pipefail
+. "$(dirname "$0")/sources-apt.sh"
 
 paquets=(
   cmake g++ make pkg-config
@@ -19,97 +20,11 @@ paquets=(
   libsane-dev sane-utils
   imagemagick qpdf poppler-utils
   faketime
-  g++-mingw-w64-i686
+  libturbojpeg0-dev
+  g++-mingw-w64-i686 dpkg-dev
   wine wine32:i386
   libodbc2:i386 libsqliteodbc:i386
 )
-
-# Writes to $1 a deb822 sources file holding only the entries of the machine's own
-# sources (one-line *.list and deb822 *.sources) whose suite is this release or its
-# -updates, each with its URIs, components and Signed-By.
-sources_sans_securite() {
-  local codename
-  codename="$(. /etc/os-release && echo "$VERSION_CODENAME")"
-  local voulues="$codename $codename-updates"
-  local listes=() deb822=() f
-  for f in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-    [ -f "$f" ] && listes+=("$f")
-  done
-  for f in /etc/apt/sources.list.d/*.sources; do
-    [ -f "$f" ] && deb822+=("$f")
-  done
-  {
-    if [ ${#listes[@]} -gt 0 ]; then
-      awk -v voulues="$voulues" '
-        BEGIN { n = split(voulues, v, " "); for (i = 1; i <= n; i++) garder[v[i]] = 1 }
-        { sub(/#.*/, "") }
-        $1 != "deb" { next }
-        {
-          ligne = $0
-          sub(/^[ \t]*deb[ \t]+/, "", ligne)
-          signe = ""
-          if (substr(ligne, 1, 1) == "[") {
-            fin = index(ligne, "]")
-            m = split(substr(ligne, 2, fin - 2), opts, /[ \t]+/)
-            for (i = 1; i <= m; i++)
-              if (tolower(opts[i]) ~ /^signed-by=/) signe = substr(opts[i], 11)
-            ligne = substr(ligne, fin + 1)
-          }
-          gsub(/^[ \t]+|[ \t]+$/, "", ligne)
-          m = split(ligne, mots, /[ \t]+/)
-          if (m < 3 || !(mots[2] in garder)) next
-          composants = mots[3]
-          for (i = 4; i <= m; i++) composants = composants " " mots[i]
-          print "Types: deb"
-          print "URIs: " mots[1]
-          print "Suites: " mots[2]
-          print "Components: " composants
-          if (signe != "") print "Signed-By: " signe
-          print ""
-        }' "${listes[@]}"
-    fi
-    if [ ${#deb822[@]} -gt 0 ]; then
-      # One paragraph per source; a Signed-By may hold an embedded key on continuation
-      # lines, which are copied as they are.
-      awk -v voulues="$voulues" '
-        BEGIN { n = split(voulues, v, " "); for (i = 1; i <= n; i++) garder[v[i]] = 1; vider() }
-        function vider() { delete champ; signe = ""; courant = "" }
-        function emettre(   n, s, i, gardees) {
-          if (tolower(champ["enabled"]) ~ /^ *no *$/ || champ["types"] !~ /(^| )deb( |$)/ ||
-              champ["uris"] == "") { vider(); return }
-          n = split(champ["suites"], s, /[ \t]+/)
-          gardees = ""
-          for (i = 1; i <= n; i++) if (s[i] in garder) gardees = gardees " " s[i]
-          if (gardees != "") {
-            print "Types: deb"
-            print "URIs: " champ["uris"]
-            print "Suites:" gardees
-            print "Components: " champ["components"]
-            if (signe != "") print signe
-            print ""
-          }
-          vider()
-        }
-        FNR == 1 { emettre() }
-        /^#/ { next }
-        /^[ \t]*$/ { emettre(); next }
-        /^[ \t]/ {
-          if (courant == "signed-by") signe = signe "\n" $0
-          else { valeur = $0; gsub(/^[ \t]+|[ \t]+$/, "", valeur); champ[courant] = champ[courant] " " valeur }
-          next
-        }
-        {
-          deux = index($0, ":")
-          courant = tolower(substr($0, 1, deux - 1))
-          valeur = substr($0, deux + 1)
-          gsub(/^[ \t]+|[ \t]+$/, "", valeur)
-          champ[courant] = valeur
-          if (courant == "signed-by") signe = "Signed-By:" (valeur == "" ? "" : " " valeur)
-        }
-        END { emettre() }' "${deb822[@]}"
-    fi
-  } >"$1"
-}
 
 installer() {
   export DEBIAN_FRONTEND=noninteractive
@@ -127,7 +42,9 @@ installer() {
   trap "rm -rf '$secours'" EXIT
   chmod 755 "$secours"
   mkdir -p "$secours/lists/partial"
-  sources_sans_securite "$secours/secours.sources"
+  local codename
+  codename="$(. /etc/os-release && echo "$VERSION_CODENAME")"
+  sources_apt "$secours/secours.sources" deb "$codename" "$codename-updates"
   if [ ! -s "$secours/secours.sources" ]; then
     echo "dependances.sh: no release or -updates suite in the machine's apt sources" >&2
     exit 1

@@ -9,6 +9,8 @@ scripts/dependances.sh
 export WINEDEBUG="${WINEDEBUG:--all}"
 
 build=build-win32
+# TurboJPEG, cross-built once into the build folder.
+scripts/libjpeg-turbo-win32.sh "$build"
 # The toolchain is read on the first configure only; later ones keep it.
 toolchain=()
 [ -f "$build/CMakeCache.txt" ] || toolchain=(-DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-i686.cmake")
