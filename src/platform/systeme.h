@@ -47,6 +47,16 @@ bool ecrire_fichier(const std::string& chemin, std::string_view octets);
 /// Appends bytes, creating the file when missing.
 bool ajouter_au_fichier(const std::string& chemin, std::string_view octets);
 
+/// Renames the file `source` onto `destination`, replacing it in one step, so that
+/// nobody sees a half-written `destination`. Both must be in the same folder's file
+/// system. False on failure, `source` then left as it was.
+bool remplacer_fichier(const std::string& source, const std::string& destination);
+
+/// `chemin` as the C library's fopen takes it: on Windows the ANSI code page's text
+/// (or the 8.3 short name where that code page lacks a character of an existing
+/// path); on Linux `chemin` itself.
+std::string chemin_ansi(const std::string& chemin);
+
 /// Copies a file; with `echec_si_existe`, fails when the destination exists (the
 /// Win32 CopyFile contract). True on success.
 bool copier_fichier_systeme(const std::string& source, const std::string& destination,

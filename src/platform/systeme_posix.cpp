@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -208,6 +209,14 @@ bool ecrire_fichier(const std::string& chemin, std::string_view octets) {
 bool ajouter_au_fichier(const std::string& chemin, std::string_view octets) {
     Descripteur fd(ouvrir(chemin, O_WRONLY | O_CREAT | O_APPEND));
     return fd.valide() && ecrire_tout(fd.get(), octets) && fd.fermer();
+}
+
+bool remplacer_fichier(const std::string& source, const std::string& destination) {
+    return ::rename(source.c_str(), destination.c_str()) == 0;
+}
+
+std::string chemin_ansi(const std::string& chemin) {
+    return chemin;
 }
 
 bool copier_fichier_systeme(const std::string& source, const std::string& destination,

@@ -343,6 +343,35 @@ bool ajouter_au_fichier(const std::string& chemin, std::string_view octets) {
     return h.valide() && ecrire_tout(h.get(), octets) && h.fermer();
 }
 
+bool remplacer_fichier(const std::string& source, const std::string& destination) {
+    return ::MoveFileExW(large(source).c_str(), large(destination).c_str(),
+                         MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+std::string chemin_ansi(const std::string& chemin) {
+    std::wstring texte = large(chemin);
+    BOOL perdu = FALSE;
+    int n = ::WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, texte.c_str(), -1, nullptr, 0,
+                                  nullptr, &perdu);
+    if (perdu) {
+        // The short name spells every component in ASCII (when the volume keeps them).
+        const DWORD taille = ::GetShortPathNameW(texte.c_str(), nullptr, 0);
+        std::wstring court(taille, L'\0');
+        if (taille != 0 && ::GetShortPathNameW(texte.c_str(), court.data(), taille) < taille) {
+            court.resize(std::wcslen(court.c_str()));
+            texte = std::move(court);
+            n = ::WideCharToMultiByte(CP_ACP, 0, texte.c_str(), -1, nullptr, 0, nullptr, nullptr);
+        }
+    }
+    if (n <= 0) {
+        return std::string();
+    }
+    std::string ansi(static_cast<std::size_t>(n), '\0');
+    ::WideCharToMultiByte(CP_ACP, 0, texte.c_str(), -1, ansi.data(), n, nullptr, nullptr);
+    ansi.resize(static_cast<std::size_t>(n) - 1);
+    return ansi;
+}
+
 bool copier_fichier_systeme(const std::string& source, const std::string& destination,
                             bool echec_si_existe) {
     return ::CopyFileW(large(source).c_str(), large(destination).c_str(),
