@@ -24,6 +24,15 @@ if [ ! -f "${WINEPREFIX:-$HOME/.wine}/system.reg" ]; then
   wineserver -w
 fi
 
+# The test tree's TWAIN source, under the one name Wine's source manager loads that
+# Debian's Wine leaves unused (C:\windows\twain_32\sane.ds).
+twain="${WINEPREFIX:-$HOME/.wine}/drive_c/windows/twain_32"
+if [ -f "$build/bin/sv140test.ds" ]; then
+  mkdir -p "$twain"
+  cp "$build/bin/sv140test.ds" "$twain/sane.ds.$$"
+  mv "$twain/sane.ds.$$" "$twain/sane.ds"
+fi
+
 if [ -f "$build/CTestTestfile.cmake" ]; then
   ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
 else

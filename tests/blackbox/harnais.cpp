@@ -115,6 +115,16 @@ const std::string& prefixe_wine() {
                          " wineserver -w")
                             .c_str());
         }
+#ifdef SOURCE_TWAIN_DS
+        // The test tree's TWAIN source, under the one name Wine's source manager loads
+        // that Debian's Wine leaves unused. Renamed into place: a bridge of another
+        // test process may have the previous copy loaded.
+        const std::string dossier = p + "/drive_c/windows/twain_32";
+        fs::create_directories(dossier);
+        const std::string copie = dossier + "/sane.ds." + std::to_string(getpid());
+        fs::copy_file(SOURCE_TWAIN_DS, copie, fs::copy_options::overwrite_existing);
+        fs::rename(copie, dossier + "/sane.ds");
+#endif
         close(verrou);
         return p;
     }();
