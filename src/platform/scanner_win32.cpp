@@ -58,10 +58,9 @@ std::string fichier_bmp(const BITMAPINFOHEADER* dib, std::size_t taille) {
             }
         }
         pixels = std::move(larges);
-        entete.resize(dib->biSize + 256 * 4);  // the two colours, then unused entries
         auto* large = reinterpret_cast<BITMAPINFOHEADER*>(entete.data());
         large->biBitCount = 8;
-        large->biClrUsed = 0;
+        large->biClrUsed = static_cast<DWORD>(couleurs);  // the same two-colour palette
         large->biSizeImage = static_cast<DWORD>(pixels.size());
     }
 
