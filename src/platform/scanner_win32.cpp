@@ -163,7 +163,9 @@ class Session {
     /// The manager's own chooser; the source chosen, or nothing when it was closed.
     std::optional<Identite> choisir() {
         Identite source{};
-        if (appeler(nullptr, DG_CONTROL, DAT_IDENTITY, MSG_USERSELECT, &source) != TWRC_SUCCESS) {
+        // Wine's manager also says success when its dialog could not be shown at all.
+        if (appeler(nullptr, DG_CONTROL, DAT_IDENTITY, MSG_USERSELECT, &source) != TWRC_SUCCESS ||
+            source.produit[0] == '\0') {
             return std::nullopt;
         }
         return source;

@@ -20,6 +20,7 @@ namespace {
 class ScannerTwain : public ::testing::Test {
   protected:
     void SetUp() override {
+        ::SetEnvironmentVariableW(L"SV140_UI", L"console");  // the sources listed to choose from
         journal = d / "journal.txt";
         ::SetEnvironmentVariableW(L"SV140_TWAIN_JOURNAL", large(journal).c_str());
         essai("");
