@@ -80,7 +80,7 @@ class Capture : public BoiteNoire {
 
     /// The test scanner the runs find: SANE's test device (its detailed colour pattern,
     /// 80 x 100 mm) natively, the test tree's TWAIN source under Wine. `etat` "absent"
-    /// leaves no source to reach, "panne" fails the page being read.
+    /// makes the default source unreachable, "panne" fails the page being read.
     void scanner(const std::string& etat = "") {
         if (sous_wine()) {
             setenv("SV140_TWAIN_TEST",
@@ -92,14 +92,17 @@ class Capture : public BoiteNoire {
         }
         const std::string dossier = racine + "/sane";
         std::filesystem::create_directories(dossier);
-        ecrire(dossier + "/dll.conf", etat == "absent" ? "" : "test\n");
+        ecrire(dossier + "/dll.conf", "test\n");
         ecrire(dossier + "/test.conf",
                std::string("number_of_devices 1\ntest-picture \"Color pattern\"\n") +
                    (etat == "panne" ? "read-status-code \"SANE_STATUS_IO_ERROR\"\n" : ""));
         setenv("SANE_CONFIG_DIR", dossier.c_str(), 1);
+        // A default device that cannot be opened, the test device still listed.
+        setenv("SANE_DEFAULT_DEVICE", etat == "absent" ? "test:9" : "test:0", 1);
     }
     void TearDown() override {
         unsetenv("SANE_CONFIG_DIR");
+        unsetenv("SANE_DEFAULT_DEVICE");
         unsetenv("SV140_TWAIN_TEST");
         BoiteNoire::TearDown();
     }
@@ -258,6 +261,9 @@ TEST_F(Capture, WhatTheOpticianIsToldWhenAPieceIsMissing) {
 }
 
 TEST_F(Capture, ScannedPagesWithinTheSizeTheSchemeAccepts) {
+    // The test sources' pages differ: SANE's is a small detailed pattern, the TWAIN
+    // source's a whole A4 page.
+    const std::string garde = sous_wine() ? "100" : "200", refuse = sous_wine() ? "300" : "600";
     struct Cas {
         const char* nom;
         std::string etat, dpi, reponses;
@@ -270,8 +276,13 @@ TEST_F(Capture, ScannedPagesWithinTheSizeTheSchemeAccepts) {
          "o\n7\n",
          {kOrdo, kRevue},
          {{"123", "ORDN", "", "5", "1", "archivé"}}},
-        {"the same page at 600 dpi is too big", "", "600", "o\n", {kOrdo, "Taille incorrecte"}, {}},
-        {"a scanner failing mid-page shows nothing more", "panne", "200", "o\n", {kOrdo}, {}},
+        {"the same page at three times it is too big",
+         "",
+         refuse,
+         "o\n",
+         {kOrdo, "Taille incorrecte"},
+         {}},
+        {"a scanner failing mid-page shows nothing more", "panne", garde, "o\n", {kOrdo}, {}},
         {"no scanner: the chooser, left without a choice",
          "absent",
          "200",
