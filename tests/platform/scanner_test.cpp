@@ -65,7 +65,7 @@ struct CasPage {
     const char* taille;
 };
 
-TEST_F(ScannerSaneTest, LaPageEstCelleDeScanimage) {
+TEST_F(ScannerSaneTest, ThePageIsTheOneScanimageGets) {
     const CasPage cas[] = {
         {"gris", {200, 1, 0, 0}, "--mode Gray --resolution 200", "", "629 787 8"},
         {"couleur", {100, 2, 0, 0}, "--mode Color --resolution 100", "", "314 393 8"},
@@ -94,7 +94,7 @@ TEST_F(ScannerSaneTest, LaPageEstCelleDeScanimage) {
     }
 }
 
-TEST_F(ScannerSaneTest, LaResolutionEstDansLEnTete) {
+TEST_F(ScannerSaneTest, TheResolutionIsInTheHeader) {
     ASSERT_EQ(creer_scanner()->numeriser({150, 1, 0, 0}, bmp_).etat, EtatScan::Reussi);
     EXPECT_NEAR(std::stod(sortie_de("identify -units PixelsPerInch -format '%x' " + bmp_)), 150,
                 0.05);
@@ -110,7 +110,7 @@ struct CasEchec {
     const char* dans_raison;
 };
 
-TEST_F(ScannerSaneTest, UnEchecNeTouchePasLaPagePrecedente) {
+TEST_F(ScannerSaneTest, AFailureLeavesTheEarlierPageAlone) {
     const CasEchec cas[] = {
         {"aucun scanner", "", "", "", 1, EtatScan::SourceIndisponible, "aucun scanner"},
         {"scanner inconnu", "test", "", "test:9", 1, EtatScan::SourceIndisponible, "test:9"},
@@ -159,7 +159,7 @@ class UiChoix : public Ui {
     std::vector<EntreeChoix> entrees_;
 };
 
-TEST_F(ScannerSaneTest, LaSourceChoisieSertAuxScansSuivants) {
+TEST_F(ScannerSaneTest, TheChosenSourceServesTheNextScans) {
     // The default names no device: only the chosen one can scan.
     ::setenv("SANE_DEFAULT_DEVICE", "test:9", 1);
     auto scanner = creer_scanner();

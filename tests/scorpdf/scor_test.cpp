@@ -114,7 +114,7 @@ class ScorTest : public ::testing::Test {
     std::string messages;
 };
 
-TEST_F(ScorTest, ChaqueImageDevientSonPdf) {
+TEST_F(ScorTest, EachImageBecomesItsPdf) {
     image("Ordo_SCOR.jpg",
           "-size 300x400 xc:white -fill black -draw 'circle 150,200 150,300' "
           "-colorspace Gray");
@@ -171,7 +171,7 @@ struct CasEchec {
     bool autres_ecrits;  // the order was read: the good document still gets its PDF
 };
 
-TEST_F(ScorTest, UnEchecNeLaissePasDeFichierAMoitie) {
+TEST_F(ScorTest, AFailureLeavesNoHalfWrittenFile) {
     const CasEchec cas[] = {
         {"ordre absent",
          [](ScorTest& t, const std::string&) { supprimer_fichier(t.chemin("dctsScorPDF.xml")); },

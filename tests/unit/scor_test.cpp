@@ -17,24 +17,14 @@
 namespace sv140::test {
 namespace {
 
-/// Delivers a page, or the failures it is told to give first.
+/// Delivers a page.
 class ScannerDeTest : public Scanner {
   public:
-    std::vector<EtatScan> echecs;
-    int scans = 0, choix = 0;
     ResultatScan numeriser(const ReglagesScan&, const std::string& bmp) override {
-        const EtatScan etat =
-            scans < static_cast<int>(echecs.size()) ? echecs[scans] : EtatScan::Reussi;
-        ++scans;
-        if (etat == EtatScan::Reussi) {
-            ecrire(bmp, "BM page");
-        }
-        return {etat, etat == EtatScan::Reussi ? "" : "panne de test"};
+        ecrire(bmp, "BM page");
+        return {EtatScan::Reussi, ""};
     }
-    bool choisir_source(Ui&) override {
-        ++choix;
-        return true;
-    }
+    bool choisir_source(Ui&) override { return false; }
 };
 
 /// Writes a JPEG of exactly the size it is given.
@@ -102,34 +92,6 @@ TEST_F(Scor, ImageAtTheSchemesLimitIsRefused) {
         EXPECT_EQ(mode, "x") << "a scan leaves the mode as it was";
         supprimer_fichier(programme + "/Cerfa_SCOR.jpg");
         sortie.str("");
-    }
-}
-
-TEST_F(Scor, SourceNotAvailableIsChosenOnceThenScannedAgain) {
-    const struct {
-        std::vector<EtatScan> echecs;
-        int scans, choix;
-        bool image;
-    } cas[] = {
-        {{EtatScan::SourceIndisponible}, 2, 1, true},
-        {{EtatScan::SourceIndisponible, EtatScan::SourceIndisponible}, 2, 1, false},
-        {{EtatScan::Echec}, 1, 0, false},
-    };
-    for (const auto& c : cas) {
-        sv140::Run r = run("oui\n");
-        auto scanner = std::make_unique<ScannerDeTest>();
-        scanner->echecs = c.echecs;
-        ScannerDeTest& vu = *scanner;
-        r.scanner = std::move(scanner);
-        r.images = std::make_unique<ConvertisseurDeTest>(1000);
-        ecrire(programme + "/monfichier.bmp", "an earlier patient's page");
-        std::string mode;
-        Numeriser(r, kOrdo, mode);
-        EXPECT_EQ(vu.scans, c.scans);
-        EXPECT_EQ(vu.choix, c.choix);
-        EXPECT_EQ(fichier_existe(programme + "/Ordo_SCOR.jpg"), c.image);
-        EXPECT_EQ(sortie.str().find("Taille"), std::string::npos) << "no box for a failed scan";
-        supprimer_fichier(programme + "/Ordo_SCOR.jpg");
     }
 }
 
