@@ -80,8 +80,8 @@ using Journal = std::function<void(std::string_view)>;
 /// The console interface (stderr, stdin and the log).
 std::unique_ptr<Ui> creer_ui_console(Journal journal);
 /// The platform's interface: the console on Linux, where documents also open in the
-/// desktop's viewer when a display is there; message boxes on Windows unless
-/// SV140_UI=console.
+/// desktop's viewer when a display is there; message boxes and dialogs on Windows
+/// unless SV140_UI=console.
 std::unique_ptr<Ui> creer_ui(Journal journal);
 
 /// The line the console writes for a box: "MsgBox : " + title + " : " + text, each
