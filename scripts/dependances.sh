@@ -2,7 +2,8 @@
 # Installs, from Debian's packages, everything sv140 needs to build, run its demo and
 # run its tests: the Linux build's tools and libraries, the mingw-w64 cross compiler
 # for the 32-bit Windows programs, and Wine with its 32-bit ODBC driver manager and
-# SQLite driver, which run the Windows programs and their tests on this machine.
+# SQLite driver, which run the Windows programs and their tests on this machine, with
+# Wine's own fonts and a virtual display on which the tests picture its windows.
 # Idempotent; run as root.
 #
 # Both sets go in together on purpose: a 32-bit library must be installed at exactly
@@ -24,6 +25,8 @@ paquets=(
   g++-mingw-w64-i686 dpkg-dev
   wine wine32:i386
   libodbc2:i386 libsqliteodbc:i386
+  fonts-wine
+  xvfb xdotool imagemagick locales
 )
 
 installer() {
@@ -75,6 +78,13 @@ for p in "${paquets[@]}"; do
 done
 if [ ${#manquants[@]} -gt 0 ]; then
   installer "${manquants[@]}"
+fi
+
+# The window pictures (scripts/captures.sh) run Wine in French, as the shops do, so
+# that the message boxes' own buttons read Oui/Non/Annuler: the locale must exist.
+if ! locale -a 2>/dev/null | grep -qix 'fr_FR.utf-\?8'; then
+  sed -i 's/^# *\(fr_FR.UTF-8 UTF-8\)/\1/' /etc/locale.gen
+  locale-gen --keep-existing >/dev/null
 fi
 
 # The SQLite ODBC driver must be known to the driver manager under its usual name. The
