@@ -12,6 +12,7 @@
 
 #include "data/access_sql.h"
 #include "data/connexion.h"
+#include "exchange/fichiers.h"
 #include "platform/horloge.h"
 #include "platform/intergiciel.h"
 #include "shop/facturation.h"
@@ -181,6 +182,8 @@ TEST_F(Schema, UnFichierExistantArreteTouteLaCreation) {
 TEST_F(Installation, UneInstallationExistanteNestJamaisRemplacee) {
     std::ofstream(dossier_ / kNomPont) << "bridge";
     std::ofstream(dossier_ / kNomIntergiciel) << "middleware";
+    std::ofstream(dossier_ / fichiers::kGenerateurPdf) << "generator";
+    std::ofstream(dossier_ / fichiers::kPapierCollecte) << "collected paper";
     const fs::path magasin = dossier_ / "magasin";
     std::string erreur;
     ASSERT_EQ(Installer(magasin.string(), dossier_.string(), erreur), Issue::Faite) << erreur;
