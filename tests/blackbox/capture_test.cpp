@@ -270,9 +270,9 @@ TEST_F(Capture, ScannedPagesWithinTheSizeTheSchemeAccepts) {
         Textes titres;
         Lignes pieces;
     } cas[] = {
-        {"a page scanned at 200 dpi",
+        {"a page scanned at a usual resolution",
          "",
-         "200",
+         garde,
          "o\n7\n",
          {kOrdo, kRevue},
          {{"123", "ORDN", "", "5", "1", "archivé"}}},
@@ -285,7 +285,7 @@ TEST_F(Capture, ScannedPagesWithinTheSizeTheSchemeAccepts) {
         {"a scanner failing mid-page shows nothing more", "panne", garde, "o\n", {kOrdo}, {}},
         {"no scanner: the chooser, left without a choice",
          "absent",
-         "200",
+         garde,
          "o\n",
          {kOrdo, "Sélection de la source"},
          {}},
