@@ -11,23 +11,14 @@
 
 #include "platform/scanner.h"
 #include "platform/systeme.h"
+#include "sortie_commande.h"
 
 namespace sv140 {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string sortie_de(const std::string& commande) {
-    std::string texte;
-    if (FILE* p = ::popen(commande.c_str(), "r")) {
-        char tampon[256];
-        while (std::fgets(tampon, sizeof tampon, p)) {
-            texte += tampon;
-        }
-        ::pclose(p);
-    }
-    return texte;
-}
+using test::sortie_de;
 
 class ScannerSaneTest : public ::testing::Test {
   protected:
@@ -92,12 +83,6 @@ TEST_F(ScannerSaneTest, ThePageIsTheOneScanimageGets) {
         EXPECT_EQ(sortie_de("compare -metric AE " + reference + " " + bmp_ + " null: 2>&1"), "0");
         EXPECT_FALSE(fichier_existe(bmp_ + ".partiel"));
     }
-}
-
-TEST_F(ScannerSaneTest, TheResolutionIsInTheHeader) {
-    ASSERT_EQ(creer_scanner()->numeriser({150, 1, 0, 0}, bmp_).etat, EtatScan::Reussi);
-    EXPECT_NEAR(std::stod(sortie_de("identify -units PixelsPerInch -format '%x' " + bmp_)), 150,
-                0.05);
 }
 
 struct CasEchec {

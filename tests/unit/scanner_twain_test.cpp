@@ -106,26 +106,15 @@ TEST_F(ScannerTwain, TheConsoleChoosesTheSourceByNumber) {
     EXPECT_FALSE(creer_scanner()->choisir_source(*ui_fermee));
 }
 
-// The page's JPEG at the prescription's quality stays under the scheme's 196000 bytes
-// at 100 dpi and goes over at 200 dpi in gray, as a real page does; lineart converts
-// too.
-TEST_F(ScannerTwain, TheScannedPageBecomesAJpegWhoseSizeFollowsTheResolution) {
-    const struct {
-        int dpi, type_pixel;
-        bool sous_la_limite;
-    } cas[] = {{100, 1, true}, {200, 1, false}, {100, 0, true}};
-    for (const auto& c : cas) {
-        SCOPED_TRACE(testing::Message() << c.dpi << " dpi, type " << c.type_pixel);
-        ASSERT_EQ(
-            creer_scanner()->numeriser({c.dpi, c.type_pixel, 0, 0}, d / "monfichier.bmp").etat,
-            EtatScan::Reussi);
-        std::string raison;
-        ASSERT_TRUE(creer_convertisseur_image()->bmp_vers_jpeg(d / "monfichier.bmp",
-                                                               d / "Ordo_SCOR.jpg", 60, raison))
-            << raison;
-        const std::size_t taille = test::lire(d / "Ordo_SCOR.jpg").size();
-        EXPECT_EQ(taille < 196000, c.sous_la_limite) << taille;
-    }
+// A lineart page, widened to eight bits by the scanner, is a BMP the converter reads
+// (the captures' sizes against the limit are the black-box tests').
+TEST_F(ScannerTwain, ALineartPageConvertsToJpeg) {
+    ASSERT_EQ(creer_scanner()->numeriser({100, 0, 0, 0}, d / "monfichier.bmp").etat,
+              EtatScan::Reussi);
+    std::string raison;
+    EXPECT_TRUE(creer_convertisseur_image()->bmp_vers_jpeg(d / "monfichier.bmp",
+                                                           d / "Ordo_SCOR.jpg", 60, raison))
+        << raison;
 }
 
 }  // namespace
