@@ -66,11 +66,6 @@ long Taille_Tampon(double taille) {
     return taille > kTailleMaximale ? kTailleMaximale : static_cast<long>(taille);
 }
 
-Statut Fonction_Non_Disponible(Run& run) {
-    Reponse_Erreur(run, "99", "Fonction non disponible", run.F_Appel);
-    return {};
-}
-
 bool Envoyer_Requete(Run& run, std::string_view operation, long taille) {
     std::string chemin = run.fichier(kRequete);
     std::string octets;

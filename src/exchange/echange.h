@@ -36,8 +36,4 @@ long Taille_Tampon(double taille);
 /// The answer of a document the bridge cannot read, code 99.
 inline constexpr const char* kReponseIllisible = "Impossible de lire ZEMO_SvResponse.xml";
 
-/// The operations this bridge does not perform yet: code 99 "Fonction non disponible",
-/// and the middleware is not called.
-Statut Fonction_Non_Disponible(Run& run);
-
 }  // namespace sv140

@@ -17,13 +17,9 @@ Requete::Requete(std::string_view operation, std::string_view versionMessage) {
     operation_.ajouter("versionMessage", versionMessage);
 }
 
-Statut Requete::ajouter_PS(Run& run, XmlNoeud parent, bool avec_numSitu, bool avec_motDePasse) {
-    IdentifiantsPS ps;
-    Statut lus = Lire_Identifiants_PS(run.bases(), ps);
-    if (!lus) {
-        Reponse_Erreur(run, "99", lus.raison(), "f_InitialisationPS");
-        lus = Statut::Deja_Repondu(lus.raison());
-    }
+namespace {
+
+void bloc_PS(XmlNoeud parent, const IdentifiantsPS& ps, bool avec_numSitu, bool avec_motDePasse) {
     XmlNoeud bloc = parent.ajouter("PS");
     bloc.ajouter("idNat", ps.idNat);
     bloc.ajouter("idFac", ps.idFac);
@@ -33,7 +29,23 @@ Statut Requete::ajouter_PS(Run& run, XmlNoeud parent, bool avec_numSitu, bool av
     if (avec_motDePasse) {
         bloc.ajouter("motDePasse", ps.idNat);
     }
+}
+
+}  // namespace
+
+Statut Requete::ajouter_PS(Run& run, XmlNoeud parent, bool avec_numSitu, bool avec_motDePasse) {
+    IdentifiantsPS ps;
+    Statut lus = Lire_Identifiants_PS(run.bases(), ps);
+    if (!lus) {
+        Reponse_Erreur(run, "99", lus.raison(), "f_InitialisationPS");
+        lus = Statut::Deja_Repondu(lus.raison());
+    }
+    bloc_PS(parent, ps, avec_numSitu, avec_motDePasse);
     return lus;
+}
+
+void Requete::ajouter_PS(const IdentifiantsPS& ps, bool avec_numSitu, bool avec_motDePasse) {
+    bloc_PS(operation_, ps, avec_numSitu, avec_motDePasse);
 }
 
 Statut Requete::enregistrer(Run& run) const {

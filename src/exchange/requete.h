@@ -10,6 +10,7 @@
 namespace sv140 {
 
 struct Run;
+struct IdentifiantsPS;
 
 /// A request document: declaration, ZRMESSAGE, programme, requete/fonction/<operation>
 /// and its versionMessage. Parameters are appended to `operation()`.
@@ -25,6 +26,9 @@ class Requete {
     }
     /// The same block appended to `parent`, a group of the request.
     Statut ajouter_PS(Run& run, XmlNoeud parent, bool avec_numSitu, bool avec_motDePasse);
+    /// The block from identifiers read earlier, for a run that sends many requests
+    /// without reading the database between its middleware calls.
+    void ajouter_PS(const IdentifiantsPS& ps, bool avec_numSitu, bool avec_motDePasse);
     /// Saves ZEMO_SvRequest.xml in the program folder.
     Statut enregistrer(Run& run) const;
 

@@ -1,6 +1,5 @@
 // The SCOR operations do their own work in the request phase, calling the middleware
-// themselves where they need it. Those not performed yet answer "Fonction non
-// disponible" without calling it.
+// themselves where they need it.
 #include "exchange/echange.h"
 #include "exchange/fichiers.h"
 #include "exchange/run.h"
@@ -50,13 +49,13 @@ Statut Scan_Ordonnance(Run& run) {
 std::span<const Operation> Operations_Scor() {
     static const Operation operations[] = {
         {"f_Scor", Session_Scor, Suite::Verifier, Sortie_Scor},
-        {"f_deldctsSCOR", Fonction_Non_Disponible, Suite::Verifier, Rien},
-        {"f_TransfertPJ", Fonction_Non_Disponible, Suite::Verifier, Rien},
-        {"f_TransfertPJ_unique", Fonction_Non_Disponible, Suite::Verifier, Rien},
-        {"f_LireInfosRetourPJ", Fonction_Non_Disponible, Suite::Verifier, Rien},
-        {"f_mettreajourStatut", Fonction_Non_Disponible, Suite::Verifier, Rien},
+        {"f_deldctsSCOR", SupprimerPiecesOrdre, Suite::Verifier, Rien},
+        {"f_TransfertPJ", TransfererPiecesEnAttente, Suite::Verifier, Rien},
+        {"f_TransfertPJ_unique", TransfererPiecesOrdre, Suite::Verifier, Rien},
+        {"f_LireInfosRetourPJ", LireInfosRetourPJ, Suite::Verifier, Rien},
+        {"f_mettreajourStatut", MettreAJourStatuts, Suite::Verifier, Rien},
         {"f_Ordo", Scan_Ordonnance, Suite::Verifier, Rien},
-        {"f_ControlePJ", Fonction_Non_Disponible, Suite::Verifier, Rien},
+        {"f_ControlePJ", ControlerPJ, Suite::Verifier, Rien},
     };
     return operations;
 }

@@ -2,6 +2,7 @@
 // and deletion.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -58,5 +59,32 @@ std::string RebaserCheminScor(std::string_view base_hote, std::string_view chemi
 /// The client behind an invoice number: "Nom Prénom" (a Null name as "?"), or
 /// "Facture inconnue".
 Resultat<std::string> NomClientFacture(Run& run, std::string_view facture);
+
+/// f_TransfertPJ: sends every attachment marked for sending and not yet sent, in
+/// invoice order, each exchange recorded in its row as soon as it is answered.
+Statut TransfererPiecesEnAttente(Run& run);
+/// f_TransfertPJ_unique: sends the documents the host's order lists.
+Statut TransfererPiecesOrdre(Run& run);
+
+/// The scheme's label of an attachment status; "" for a code it does not list.
+std::string LibelleStatutPJ(long long code);
+/// Whether a status is final (accepted, to be handled by hand, or refused): the
+/// attachment's acknowledgement.
+bool AccuseReceptionPJ(long long code);
+/// The date literal (m/d/yyyy, without leading zeros) of a yyyymmdd start of period;
+/// no start ("" or "00000000") takes every attachment. Nothing when it is no date.
+std::optional<std::string> DebutStatuts(std::string_view aaaammjj);
+/// Reads the middleware's status answer into the attachments' rows.
+Statut LireStatutsPJ(Run& run);
+/// f_LireInfosRetourPJ: the status of the attachments the host's order names.
+Statut LireInfosRetourPJ(Run& run);
+/// f_mettreajourStatut: the status of every invoice whose attachments are still
+/// moving or were refused since the order's start date.
+Statut MettreAJourStatuts(Run& run);
+/// f_ControlePJ: fills SCOR_Erreurs with the attachments the invoices the middleware
+/// lists still need.
+Statut ControlerPJ(Run& run);
+/// f_deldctsSCOR: withdraws the attachments the host's order names.
+Statut SupprimerPiecesOrdre(Run& run);
 
 }  // namespace sv140

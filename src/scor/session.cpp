@@ -14,6 +14,7 @@
 #include "platform/systeme.h"
 #include "platform/xml.h"
 #include "scan/scan.h"
+#include "scor/commun.h"
 #include "scor/scor.h"
 #include "tools/outils.h"
 
@@ -21,39 +22,19 @@ namespace sv140 {
 
 namespace {
 
-constexpr const char* kAppelant = "f_Scor";
-constexpr const char* kOrdreIllisible = "Impossible de lire dctsScor.xml";
+using scor::kAppelant;
+using scor::kOrdreIllisible;
 constexpr const char* kNoeudsOrdre = "/ZRMESSAGE/requete/fonction/f_Scor";
 constexpr const char* kLaissesParUneSession = "20*.pdf";
-
-/// The largest number the host's dossiers, invoices and counters take.
-constexpr long long kPlusGrandNombre = 2147483647;
-
-/// A number of the order: digits only, at most kPlusGrandNombre; an empty or missing
-/// element is 0. False with `erreur` saying what was found otherwise.
-bool lire_nombre(const XmlNoeud& noeud, const std::string& chemin, long long& valeur,
-                 std::string& erreur) {
-    const std::string texte = noeud.texte_de(chemin);
-    long long n = 0;
-    for (char c : texte) {
-        if (c < '0' || c > '9' || (n = n * 10 + (c - '0')) > kPlusGrandNombre) {
-            erreur = "dctsScor.xml : " + chemin + " « " + texte +
-                     " » n'est pas un nombre entier de 0 à " + std::to_string(kPlusGrandNombre);
-            return false;
-        }
-    }
-    valeur = n;
-    return true;
-}
 
 /// One kind's values from an order node. The prescription keeps its invoice as the
 /// host wrote it; the others hold the number read.
 bool lire_piece(const XmlNoeud& noeud, const std::string& groupe, bool facture_texte,
                 PieceScor& piece, std::string& erreur) {
     long long facture = 0;
-    if (!lire_nombre(noeud, groupe + "/Id", piece.Id, erreur) ||
-        !lire_nombre(noeud, groupe + "/Facture", facture, erreur) ||
-        !lire_nombre(noeud, groupe + "/Compteur", piece.Compteur, erreur)) {
+    if (!scor::Lire_Nombre(noeud, groupe + "/Id", piece.Id, erreur) ||
+        !scor::Lire_Nombre(noeud, groupe + "/Facture", facture, erreur) ||
+        !scor::Lire_Nombre(noeud, groupe + "/Compteur", piece.Compteur, erreur)) {
         return false;
     }
     piece.Dossier = noeud.texte_de(groupe + "/Dossier");
@@ -71,11 +52,6 @@ bool lire_ordre(const XmlDocument& doc, SessionScor& session, std::string& erreu
         }
     }
     return true;
-}
-
-std::string neuf_chiffres(long long n) {
-    std::string texte = std::to_string(n);
-    return texte.size() < 9 ? std::string(9 - texte.size(), '0') + texte : texte;
 }
 
 /// Whether a file looks like a whole PDF: its header, and its end-of-file marker in
@@ -165,8 +141,9 @@ Statut GenererDctsScorPDF(Run& run, SessionScor& session) {
             continue;
         }
         g.piece.pdf = Format_Date(maintenant_local(), "%Y%m%d%H%M%S") + "_" +
-                      neuf_chiffres(static_cast<long long>(Val(g.piece.Facture))) + "_" + g.nature +
-                      "_" + session.idFac + "_" + neuf_chiffres(g.piece.Compteur) + ".pdf";
+                      scor::Neuf_Chiffres(static_cast<long long>(Val(g.piece.Facture))) + "_" +
+                      g.nature + "_" + session.idFac + "_" + scor::Neuf_Chiffres(g.piece.Compteur) +
+                      ".pdf";
         XmlNoeud groupe = donnees.ajouter(g.nom);
         groupe.ajouter("IDfact", session.idFac);
         groupe.ajouter("Dossier", g.piece.Dossier);
@@ -203,13 +180,12 @@ Statut ExecuterSessionScor(Run& run, const std::string& chemin) {
 
     SessionScor session;
     IdentifiantsPS ps;
-    if (Statut lus = Lire_Identifiants_PS(run.bases(), ps); !lus) {
-        Reponse_Erreur(run, "99", lus.raison(), kAppelant);
-        return Statut::Deja_Repondu(lus.raison());
+    if (Statut lus = scor::Identifiants(run, ps); !lus) {
+        return lus;
     }
     session.idFac = ps.idFac;
     // Nothing stays open on the shop's databases while the optician scans and reviews.
-    UniteDeTravail(run.bases()).annuler();
+    scor::Terminer_Lectures(run);
 
     if (std::string erreur; charge && !lire_ordre(doc, session, erreur)) {
         run.log(erreur);
