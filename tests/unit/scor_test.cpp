@@ -195,5 +195,42 @@ TEST_F(Scor, ClientBehindAnInvoice) {
     }
 }
 
+TEST(StatutPJ, LabelsAndAcknowledgement) {
+    const struct {
+        long long code;
+        const char* libelle;
+        bool accuse;
+    } cas[] = {
+        {0, "PJ acceptée", true},
+        {11, "La Pièce justificative a été expédiée à la Caisse mais reste sans retour (>48H)",
+         false},
+        {12, "La Pièce justificative est a traiter manuellement", true},
+        {14, "En attente de traitement par Corvane", false},
+        {1070, "Sujet identique (message déjà transmis)", true},
+        {5100, "Structure de données de l’entête SEH incorrecte", true},
+        {5330, "Certificat révoqué", true},
+        {5334, "Certificat périmé", true},
+        {5999, "Dossier rejeté", true},
+        {4, "", false},
+        {77, "", true},
+        {-1, "", false},
+    };
+    for (const auto& c : cas) {
+        EXPECT_EQ(LibelleStatutPJ(c.code), c.libelle) << c.code;
+        EXPECT_EQ(AccuseReceptionPJ(c.code), c.accuse) << c.code;
+    }
+}
+
+TEST(StatutPJ, StartOfThePeriod) {
+    const std::pair<const char*, std::optional<std::string>> cas[] = {
+        {"20240105", "1/5/2024"},  {"20241231", "12/31/2024"},   {"00000000", "1/1/1900"},
+        {"", "1/1/1900"},          {"2024-01-05", std::nullopt}, {"20241305", std::nullopt},
+        {"2024010", std::nullopt}, {"20240100", std::nullopt},
+    };
+    for (const auto& [texte, litteral] : cas) {
+        EXPECT_EQ(DebutStatuts(texte), litteral) << texte;
+    }
+}
+
 }  // namespace
 }  // namespace sv140::test
