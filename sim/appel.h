@@ -29,6 +29,12 @@ bool chiffres(const std::string& t, std::size_t n);
 /// `t` without its leading zeros ("0" for zeros only): numbers the host may pad.
 std::string sans_zeros(const std::string& t);
 
+/// `n` (not negative) written with at least `largeur` digits.
+std::string avec_zeros(long long n, std::size_t largeur);
+
+/// The value of a text of digits only (at most twelve), or nothing.
+std::optional<long long> nombre(const std::string& t);
+
 struct ExigencesPS {
     bool numSitu = false;
     bool motDePasse = false;

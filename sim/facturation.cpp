@@ -1,14 +1,13 @@
 #include "sim/facturation.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cstdlib>
 #include <map>
 #include <tuple>
 
-#include "platform/horloge.h"
 #include "sim/fonctions.h"
+#include "sim/jours.h"
 #include "sim/referentiels.h"
 
 namespace sv140::sim {
@@ -22,12 +21,6 @@ constexpr const char* kDegrade = "Degrade";
 constexpr const char* kPaye = "Paye";
 constexpr const char* kEnErreur = "Facture en erreur";
 
-/// `n` (not negative) written with at least `largeur` digits.
-std::string avec_zeros(long long n, std::size_t largeur) {
-    std::string t = std::to_string(n);
-    return t.size() >= largeur ? t : std::string(largeur - t.size(), '0') + t;
-}
-
 /// Cents as the middleware writes them: at least seven digits.
 std::string montant(long long centimes) {
     return centimes < 0 ? "-" + avec_zeros(-centimes, 7) : avec_zeros(centimes, 7);
@@ -40,54 +33,10 @@ std::string euros(long long centimes) {
            avec_zeros(valeur % 100, 2);
 }
 
-/// The value of a text of digits only (at most twelve), or nothing.
-std::optional<long long> nombre(const std::string& t) {
-    long long valeur = 0;
-    if (t.empty() || t.size() > 12 || !chiffres(t, t.size())) {
-        return std::nullopt;
-    }
-    std::from_chars(t.data(), t.data() + t.size(), valeur);
-    return valeur;
-}
-
-std::string texte_jour(sys_days jour) {
-    const std::chrono::year_month_day j{jour};
-    return avec_zeros(static_cast<int>(j.year()), 4) +
-           avec_zeros(static_cast<unsigned>(j.month()), 2) +
-           avec_zeros(static_cast<unsigned>(j.day()), 2);
-}
-
-/// A date written yyyymmdd, dd/mm/yyyy or yyyy-mm-dd; nothing when it is none.
-std::optional<sys_days> lire_jour(const std::string& t) {
-    std::string d;
-    if (t.size() == 8) {
-        d = t;
-    } else if (t.size() == 10 && t[2] == '/' && t[5] == '/') {
-        d = t.substr(6, 4) + t.substr(3, 2) + t.substr(0, 2);
-    } else if (t.size() == 10 && t[4] == '-' && t[7] == '-') {
-        d = t.substr(0, 4) + t.substr(5, 2) + t.substr(8, 2);
-    }
-    if (!chiffres(d, 8)) {
-        return std::nullopt;
-    }
-    const std::chrono::year_month_day jour{
-        std::chrono::year{std::stoi(d.substr(0, 4))},
-        std::chrono::month{static_cast<unsigned>(std::stoi(d.substr(4, 2)))},
-        std::chrono::day{static_cast<unsigned>(std::stoi(d.substr(6, 2)))}};
-    return jour.ok() ? std::optional<sys_days>(jour) : std::nullopt;
-}
-
 /// The same date as yyyymmdd; "" when it is none.
 std::string aaaammjj(const std::string& t) {
     const std::optional<sys_days> jour = lire_jour(t);
     return jour ? texte_jour(*jour) : std::string();
-}
-
-/// The simulated day: the local date plus the state's day offset.
-sys_days jour_simule(const Depot& depot) {
-    const std::tm t = maintenant_local();
-    const sys_days aujourdhui{std::chrono::year{t.tm_year + 1900} / (t.tm_mon + 1) / t.tm_mday};
-    return aujourdhui + days{depot.decalage_jours()};
 }
 
 Erreur enregistrer(const Appel& a, const Registre& registre) {

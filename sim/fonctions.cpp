@@ -1,5 +1,6 @@
 #include "sim/fonctions.h"
 
+#include <charconv>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -32,6 +33,20 @@ bool chiffres(const std::string& t, std::size_t n) {
 std::string sans_zeros(const std::string& t) {
     const auto debut = t.find_first_not_of('0');
     return debut == std::string::npos ? (t.empty() ? t : "0") : t.substr(debut);
+}
+
+std::string avec_zeros(long long n, std::size_t largeur) {
+    std::string t = std::to_string(n);
+    return t.size() >= largeur ? t : std::string(largeur - t.size(), '0') + t;
+}
+
+std::optional<long long> nombre(const std::string& t) {
+    long long valeur = 0;
+    if (t.empty() || t.size() > 12 || !chiffres(t, t.size())) {
+        return std::nullopt;
+    }
+    std::from_chars(t.data(), t.data() + t.size(), valeur);
+    return valeur;
 }
 
 namespace {

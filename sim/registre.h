@@ -28,6 +28,7 @@ struct Registre {
 
     /// The invoice of that number, or null.
     FactureSimulee* trouver(long long numero);
+    const FactureSimulee* trouver(long long numero) const;
 };
 
 std::string texte_registre(const Registre& registre);
