@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "platform/systeme.h"
+#include "sim/pieces.h"
 
 namespace sv140::sim {
 
@@ -15,6 +16,7 @@ constexpr const char* kCps = "cps.xml";
 constexpr const char* kCartes = "cartes";
 constexpr const char* kLecteur = "lecteur.txt";
 constexpr const char* kFactures = "factures.txt";
+constexpr const char* kPieces = "pieces.txt";
 constexpr const char* kPanne = "panne.xml";
 constexpr const char* kJour = "jour.txt";
 constexpr const char* kAttente = "attente";
@@ -169,6 +171,16 @@ Registre Depot::factures() const {
 
 bool Depot::ecrire_factures(const Registre& registre, std::string& erreur) const {
     return ecrire(chemin(kFactures), texte_registre(registre), erreur);
+}
+
+std::vector<PieceSimulee> Depot::pieces() const {
+    std::string contenu;
+    return lire_fichier(chemin(kPieces), contenu) ? lire_pieces(contenu)
+                                                  : std::vector<PieceSimulee>{};
+}
+
+bool Depot::ecrire_pieces(const std::vector<PieceSimulee>& pieces, std::string& erreur) const {
+    return ecrire(chemin(kPieces), texte_pieces(pieces), erreur);
 }
 
 std::optional<Panne> Depot::prendre_panne(const std::string& fonction) const {

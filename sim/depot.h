@@ -7,6 +7,9 @@
 //   lecteur.txt          id of the Vitale card in the reader; empty or absent = none
 //   factures.txt         the invoices the middleware knows and their numbering
 //                        (format in registre.h); absent = none, numbering from 1
+//   pieces.txt           the attachments received, their invoice and nature, day
+//                        received, size, duplicate and deleted flags and forced status
+//                        (format in pieces.h); absent = none
 //   panne.xml            a one-shot failure for the next call of one function
 //   jour.txt             days added to the system clock to make the simulated day;
 //                        absent = 0
@@ -61,6 +64,10 @@ class Depot {
     /// The invoices known (none when the file is absent).
     Registre factures() const;
     bool ecrire_factures(const Registre& registre, std::string& erreur) const;
+
+    /// The attachments received, in the order received (none when the file is absent).
+    std::vector<PieceSimulee> pieces() const;
+    bool ecrire_pieces(const std::vector<PieceSimulee>& pieces, std::string& erreur) const;
 
     /// Takes the failure planted for `fonction`, deleting it; nothing when none is
     /// planted for that function (a failure for another function stays).

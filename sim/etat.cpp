@@ -7,6 +7,8 @@
 #include "sim/cartes_demo.h"
 #include "sim/depot.h"
 #include "sim/fonctions.h"
+#include "sim/jours.h"
+#include "sim/pieces.h"
 #include "sim/reponse.h"
 
 namespace sv140::sim {
@@ -22,8 +24,8 @@ bool Initialiser_Etat_Demo(const std::string& dossier_zrsim, std::string& erreur
         }
     }
     depot.effacer_attentes();
-    return depot.ecrire_factures(Registre{}, erreur) && depot.ecrire_decalage_jours(0, erreur) &&
-           depot.inserer("", erreur);
+    return depot.ecrire_factures(Registre{}, erreur) && depot.ecrire_pieces({}, erreur) &&
+           depot.ecrire_decalage_jours(0, erreur) && depot.inserer("", erreur);
 }
 
 bool Ajouter_Factures(const std::string& dossier_zrsim, const std::vector<FactureSimulee>& factures,
@@ -56,6 +58,36 @@ std::vector<FactureSimulee> Lire_Factures(const std::string& dossier_zrsim) {
     std::sort(factures.begin(), factures.end(),
               [](const auto& x, const auto& y) { return x.numeroFacture < y.numeroFacture; });
     return factures;
+}
+
+std::vector<PieceEtStatut> Lire_Pieces(const std::string& dossier_zrsim) {
+    const Depot depot(dossier_zrsim);
+    const Registre registre = depot.factures();
+    const auto aujourdhui = jour_simule(depot);
+    std::vector<PieceEtStatut> pieces;
+    for (PieceSimulee& p : depot.pieces()) {
+        const int statut = statut_piece(p, registre, aujourdhui);
+        pieces.push_back({std::move(p), statut});
+    }
+    return pieces;
+}
+
+bool Forcer_Statut_Piece(const std::string& dossier_zrsim, const std::string& nomPJ,
+                         std::optional<int> code, std::string& erreur) {
+    const Depot depot(dossier_zrsim);
+    std::vector<PieceSimulee> pieces = depot.pieces();
+    bool trouvee = false;
+    for (PieceSimulee& p : pieces) {
+        if (p.nomPJ == nomPJ) {
+            p.statutForce = code;
+            trouvee = true;
+        }
+    }
+    if (!trouvee) {
+        erreur = "Pièce jointe inconnue du middleware simulé : " + nomPJ;
+        return false;
+    }
+    return depot.ecrire_pieces(pieces, erreur);
 }
 
 bool Inserer_Carte(const std::string& dossier_zrsim, const std::string& id_carte,

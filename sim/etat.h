@@ -19,8 +19,8 @@
 //       douze     twelve beneficiaries
 //       mutuelle  one beneficiary with COD_SEB 13, a mutual number and no CPL_NU2,
 //                 another with CPL_NU2 filled
-//   - an empty reader, no invoice (numbering starts again at 1), the simulated day on
-//     the system clock's, nothing pending.
+//   - an empty reader, no invoice (numbering starts again at 1), no attachment, the
+//     simulated day on the system clock's, nothing pending.
 //
 // Invoices. f_CreerFacture prices each act line from the simulator's own LPP tariffs
 // (an act without LPP code, or with a code the table lacks, is based on its whole fee)
@@ -35,6 +35,7 @@
 // (or rejected, for want of rights) with the payments in euros.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -74,6 +75,26 @@ struct FactureSimulee {
     std::string jourEnvoi;  ///< simulated day of the sending, yyyymmdd
 };
 
+/// An attachment the simulated middleware received: a line of its attachment book.
+struct PieceSimulee {
+    std::string nomPJ;
+    long long numeroFacture = 0;  ///< read from the name; 0 when the name holds none
+    std::string nature;           ///< read from the name ("ORDN", "FSNC"...); "" when none
+    std::string jourReception;    ///< simulated day it was received, yyyymmdd
+    long long taille = 0;         ///< bytes
+    /// Received again while an attachment of the same name was held: status 1070.
+    bool doublon = false;
+    bool supprimee = false;  ///< by f_SupprimerPJ
+    /// Set by hand: answered instead of the status the rules give.
+    std::optional<int> statutForce;
+};
+
+/// An attachment and the status f_LireInfosRetourPJ answers for it on the simulated day.
+struct PieceEtStatut {
+    PieceSimulee piece;
+    int statut = 0;
+};
+
 /// Ids of the cards the demo state holds.
 inline constexpr const char* kCartesDemo[] = {"famille", "ald",   "periodes", "accents",
                                               "vide",    "douze", "mutuelle"};
@@ -101,6 +122,18 @@ bool Ajouter_Factures(const std::string& dossier_zrsim, const std::vector<Factur
 
 /// Every invoice of the state, by increasing number; empty when none.
 std::vector<FactureSimulee> Lire_Factures(const std::string& dossier_zrsim);
+
+/// Every attachment received, in the order received, with its status on the simulated
+/// day; empty when none.
+std::vector<PieceEtStatut> Lire_Pieces(const std::string& dossier_zrsim);
+
+/// Makes f_LireInfosRetourPJ answer `code` for the attachment `nomPJ` (each entry of
+/// that name, duplicates and deleted ones included), whatever its state, so that every
+/// status the host may meet can be shown; nothing gives back the status the rules
+/// give. False with `erreur` filled when the simulator received no attachment of that
+/// name or the state cannot be written.
+bool Forcer_Statut_Piece(const std::string& dossier_zrsim, const std::string& nomPJ,
+                         std::optional<int> code, std::string& erreur);
 
 /// Puts a card of the library in the reader; "" empties the reader. False with `erreur`
 /// filled for an unknown id or when the reader file cannot be written.
