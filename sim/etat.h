@@ -33,6 +33,12 @@
 // invoice in a lot of its paying organisation (lot "000001"..., degraded lots
 // "D00002"...); two simulated days after that, f_LireInfosRetourFacture reports it paid
 // (or rejected, for want of rights) with the payments in euros.
+//
+// Attachments. f_TransfertPJ records each PDF it accepts (not the file itself) with the
+// invoice and nature its name holds; f_LireInfosRetourPJ answers the status of each as
+// the simulated days go by (rules in pieces.h): 8 while its invoice waits, 9 once the
+// invoice is sent too, 10 a day later, 0 the day after. f_ControlePJ lists the sent
+// invoices still missing one; f_SupprimerPJ deletes one until the fund has it (scor.h).
 #pragma once
 
 #include <optional>
@@ -40,6 +46,9 @@
 #include <vector>
 
 namespace sv140::sim {
+
+/// The certification of an invoice made without a Vitale card in the reader.
+inline constexpr const char* kDegrade = "Degrade";
 
 /// One act line of a simulated invoice. Amounts are in cents.
 struct ActeSimule {
@@ -62,7 +71,7 @@ struct FactureSimulee {
     std::string natureAssurance = "MAL";
     std::string codeRegime, codeCaisse, codeCentre;  ///< the paying organisation
     std::string numeroMutuelle, typeTP;
-    std::string typeCertification = "Sesam-Vitale";  ///< or "Degrade"
+    std::string typeCertification = "Sesam-Vitale";  ///< or kDegrade
     std::string nir, nom, prenom, dateNaissance;     ///< the beneficiary
     std::string numeroPrescripteur, datePrescription;
     /// False: the beneficiary had no AMO rights on the care date; the insurer rejects it.

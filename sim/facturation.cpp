@@ -17,7 +17,6 @@ namespace {
 using std::chrono::days;
 using std::chrono::sys_days;
 
-constexpr const char* kDegrade = "Degrade";
 constexpr const char* kPaye = "Paye";
 constexpr const char* kEnErreur = "Facture en erreur";
 

@@ -11,6 +11,7 @@
 #include "sim/appel.h"
 #include "sim/facturation.h"
 #include "sim/reponse.h"
+#include "sim/scor.h"
 
 namespace sv140::sim {
 
@@ -271,6 +272,10 @@ const std::map<std::string, Fonction, std::less<>>& fonctions() {
         {"f_ListerFactures", f_ListerFactures},
         {"f_EnvoyerToutesFactures", f_EnvoyerToutesFactures},
         {"f_LireInfosRetourFacture", f_LireInfosRetourFacture},
+        {"f_TransfertPJ", f_TransfertPJ},
+        {"f_LireInfosRetourPJ", f_LireInfosRetourPJ},
+        {"f_ControlePJ", f_ControlePJ},
+        {"f_SupprimerPJ", f_SupprimerPJ},
     };
     return table;
 }

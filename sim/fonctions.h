@@ -10,6 +10,8 @@ namespace sv140::sim {
 
 /// Error codes the simulated middleware answers (each with a French label).
 enum CodeErreur : int {
+    kPieceJointeInconnue = 41,
+    kPieceJointeDejaTransmise = 42,
     kRequeteIllisible = 101,
     kFonctionAbsente = 102,
     kFonctionInconnue = 103,
@@ -33,6 +35,7 @@ enum CodeErreur : int {
     kFactureDejaEnvoyee = 165,
     kPeriodeInvalide = 166,
     kEtatNonEnregistre = 169,
+    kPieceJointeRefusee = 170,
     kTailleInsuffisante = 271,
 };
 

@@ -92,7 +92,7 @@ int statut_piece(const PieceSimulee& piece, const Registre& registre,
     }
     // The claim form stands for the card's signature: an invoice the card signed needs
     // none, and a form sent for it is left to the fund's staff.
-    if (piece.nature == "FSNC" && f->typeCertification != "Degrade") {
+    if (piece.nature == "FSNC" && f->typeCertification != kDegrade) {
         return kATraiterALaMain;
     }
     // The attachment travels with its invoice's claim: it waits for both, then reaches

@@ -35,7 +35,10 @@ std::string ecrire_reponse(const Reponse& reponse, Enveloppe enveloppe) {
     Element& resultat = racine.ajouter("resultat");
     resultat.ajouter("codeErreur", std::to_string(reponse.codeErreur));
     resultat.ajouter("libelleErreur", reponse.libelleErreur);
-    if (reponse.codeErreur == 0) {
+    for (const Element& e : reponse.complements) {
+        resultat.ajouter_arbre(e);
+    }
+    if (reponse.codeErreur == 0 || reponse.donnees_en_erreur) {
         resultat.ajouter_arbre(reponse.donnees);
     }
 

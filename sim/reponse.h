@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "sim/element.h"
 
@@ -18,8 +19,13 @@ struct Reponse {
     std::string appelant;
     int codeErreur = 0;
     std::string libelleErreur;
-    /// Written only on success; error answers carry no data.
+    /// Other children of `resultat`, written after the label on success and error
+    /// alike (f_TransfertPJ's `accesService`).
+    std::vector<Element> complements;
+    /// Written on success; an error answer carries it only when asked to (the reasons
+    /// f_TransfertPJ refuses an attachment for).
     Element donnees{"donnees"};
+    bool donnees_en_erreur = false;
 };
 
 Reponse reponse_succes(std::string appelant);
