@@ -2,8 +2,10 @@
 // cards in the simulated reader, injects middleware failures, and plays the card
 // workflow and the invoicing cycle of the host against the installed bridge; for trying
 // one invoice by hand, writes the host's claim document and moves the simulated day.
+#include <algorithm>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,7 +43,11 @@ int usage() {
                  "                                                de la carte ID, à créer par "
                  "f_CreerFacture\n"
                  "  sv140-shop avancer DIR JOURS                  avance le jour simulé du "
-                 "middleware\n";
+                 "middleware\n"
+                 "  sv140-shop pieces DIR                         pièces jointes reçues par le "
+                 "middleware\n"
+                 "  sv140-shop statut-pj DIR NOM CODE|aucun       statut imposé à la pièce "
+                 "jointe NOM\n";
     return kRefus;
 }
 
@@ -224,6 +230,59 @@ int avancer(const std::string& dossier, const std::string& texte) {
     return kReussite;
 }
 
+int pieces(const std::string& dossier) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    const std::vector<sim::PieceEtStatut> recues = sim::Lire_Pieces(inst.zrsim);
+    if (recues.empty()) {
+        std::cout << "Aucune pièce jointe reçue\n";
+    }
+    for (const auto& [p, statut] : recues) {
+        std::cout << p.nomPJ << "\n    "
+                  << (p.numeroFacture > 0
+                          ? "facture " + std::to_string(p.numeroFacture) + " " + p.nature
+                          : std::string("sans facture"))
+                  << ", reçue le " << Date_Lisible(p.jourReception) << ", " << p.taille
+                  << " octets, statut " << statut << (p.statutForce ? " (imposé)" : "")
+                  << (p.doublon ? ", doublon" : "") << (p.supprimee ? ", supprimée" : "") << "\n";
+    }
+    return kReussite;
+}
+
+// statut-pj DIR NOM CODE|aucun
+int statut_pj(const std::string& dossier, const std::string& nom, const std::string& code) {
+    const Installation inst = Disposition(dossier);
+    if (!installation_presente(inst)) {
+        return kRefus;
+    }
+    std::optional<int> statut;
+    if (code != "aucun") {
+        int numero = 0;
+        if (!entier(code, numero)) {
+            std::cerr << "sv140-shop : statut non numérique : " << code << "\n";
+            return kRefus;
+        }
+        statut = numero;
+    }
+    const std::vector<sim::PieceEtStatut> recues = sim::Lire_Pieces(inst.zrsim);
+    if (std::none_of(recues.begin(), recues.end(),
+                     [&](const sim::PieceEtStatut& r) { return r.piece.nomPJ == nom; })) {
+        std::cerr << "sv140-shop : pièce jointe inconnue du middleware simulé : " << nom
+                  << " (sv140-shop pieces " << dossier << ")\n";
+        return kRefus;
+    }
+    std::string erreur;
+    if (!sim::Forcer_Statut_Piece(inst.zrsim, nom, statut, erreur)) {
+        std::cerr << "sv140-shop : " << erreur << "\n";
+        return kEchec;
+    }
+    std::cout << "Statut de " << nom << " : "
+              << (statut ? std::to_string(*statut) : "celui du déroulement simulé") << "\n";
+    return kReussite;
+}
+
 int demo(const std::string& dossier) {
     const Installation inst = Disposition(dossier);
     if (contient_un_blanc(inst.magasin)) {
@@ -276,6 +335,12 @@ int main(int argc, char** argv) {
     }
     if (commande == "avancer" && args.size() == 3) {
         return avancer(dossier, args[2]);
+    }
+    if (commande == "pieces" && args.size() == 2) {
+        return pieces(dossier);
+    }
+    if (commande == "statut-pj" && args.size() == 4) {
+        return statut_pj(dossier, args[2], args[3]);
     }
     return usage();
 }
