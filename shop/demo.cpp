@@ -116,6 +116,12 @@ class Demo {
     void capturer(const Facture& f);
     std::vector<std::string> scanner_de_demonstration();
     void montrer_pieces();
+    void suivre_pieces(const Facture& f, long client);
+    void montrer_suivi();
+    bool ecrire_ordre(const char* fonction, const std::string& contenu, std::string_view quoi);
+    std::optional<Facture> facturer_sans_carte(long client);
+    void montrer_erreurs_scor();
+    void supprimer_feuille_de_soins(const Facture& f);
     bool ecrire_demande_facture();
     std::optional<Facture> montrer_facture();
     std::optional<std::string> ecrire_bordereaux(const Facture& f);
@@ -798,6 +804,154 @@ void Demo::montrer_pieces() {
     }
 }
 
+// What becomes of the attachments once captured: sent to the middleware, followed until
+// the fund has them, checked against the invoices that need them, and one withdrawn.
+void Demo::suivre_pieces(const Facture& f, long client) {
+    if (operation("f_TransfertPJ", "envoi des pièces jointes au middleware")) {
+        montrer_suivi();
+    }
+
+    avancer();
+    const std::string debut = Date_Du_Jour(-30);
+    if (ecrire_ordre("f_mettreajourStatut",
+                     "<donnees><DateDebut>" + debut + "</DateDebut></donnees>",
+                     "statuts des pièces générées depuis le " + Date_Lisible(debut)) &&
+        operation("f_mettreajourStatut", "statut des pièces jointes envoyées")) {
+        montrer_suivi();
+    }
+
+    if (facturer_sans_carte(client) &&
+        operation("f_ControlePJ", "contrôle des pièces jointes manquantes")) {
+        montrer_erreurs_scor();
+    }
+
+    supprimer_feuille_de_soins(f);
+}
+
+void Demo::montrer_suivi() {
+    auto rs = lire(base_pont_,
+                   "SELECT T_InfosSCor.* FROM T_InfosSCor ORDER BY T_InfosSCor.InfosSCor_ID;");
+    sortie_ << "    T_InfosSCor : " << (rs ? rs->RecordCount() : 0) << " pièce(s)\n";
+    for (; rs && !rs->EOF_(); rs->MoveNext()) {
+        const std::string envoi = rs->champ("InfosSCor_DateEnvoi").str();
+        sortie_ << "      n° " << texte(rs->champ("InfosSCor_ID")) << " "
+                << texte(rs->champ("InfosSCor_Nature")) << " facture "
+                << texte(rs->champ("InfosSCor_NUMFAC")) << " : "
+                << texte(rs->champ("InfosSCor_nom")) << "\n"
+                << "        envoyée : " << (envoi.empty() ? "non" : envoi.substr(0, 10))
+                << ", à envoyer : " << (rs->champ("Pointage").booleen() ? "oui" : "non")
+                << ", erreur d'envoi : " << texte(rs->champ("C_Erreur")) << ", statut "
+                << texte(rs->champ("C_Statut"))
+                << ", accusé : " << (rs->champ("InfosSCor_ARL").booleen() ? "oui" : "non") << "\n"
+                << "        libellé : « " << rs->champ("InfosSCor_LibelError").str() << " »\n";
+    }
+}
+
+bool Demo::ecrire_ordre(const char* fonction, const std::string& contenu, std::string_view quoi) {
+    const std::string chemin = joindre(inst_.programme, "dctsScor.xml");
+    XmlDocument doc;
+    const std::string texte =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><ZRMESSAGE><requete>"
+        "<fonction><" +
+        std::string(fonction) + ">" + contenu + "</" + fonction +
+        "></fonction></requete></ZRMESSAGE>";
+    if (!doc.charger_texte(texte) || !doc.enregistrer(chemin)) {
+        echec("impossible d'écrire " + chemin);
+        return false;
+    }
+    sortie_ << "    " << chemin << " : " << quoi << "\n";
+    return true;
+}
+
+// The next client leaves without a card in the reader: the invoice is made in degraded
+// mode, which calls for the paper claim form, and sent.
+std::optional<Facture> Demo::facturer_sans_carte(long client) {
+    titre("facture suivante sans carte Vitale dans le lecteur (mode dégradé)");
+    std::string erreur;
+    if (!sim::Inserer_Carte(inst_.zrsim, "", erreur)) {
+        echec(erreur);
+        return std::nullopt;
+    }
+    sortie_ << "    lecteur : vide\n";
+    if (!ecrire_demande_facture() || !operation("f_CreerFacture", "création de la facture")) {
+        return std::nullopt;
+    }
+    const std::optional<Facture> f = montrer_facture();
+    if (!f) {
+        return std::nullopt;
+    }
+    titre("dossier et bordereaux de l'hôte pour la facture n° " + f->numero);
+    Connexion cnx;
+    Statut s = cnx.ouvrir(base_hote_);
+    if (s) {
+        s = cnx.Execute(
+            "INSERT INTO [Fiche Technique Optique] ( Lien, [NUMERO FACTURE] ) "
+            "VALUES ( " +
+            std::to_string(client) + ", " + Nombre_SQL(f->numero) + " );");
+    }
+    if (s) {
+        s = cnx.valider();
+    }
+    if (!s) {
+        echec("écriture de la fiche technique impossible : " + s.raison());
+        return std::nullopt;
+    }
+    sortie_ << "    [Fiche Technique Optique] : facture " << f->numero << ", client n° " << client
+            << "\n";
+    if (!ecrire_bordereaux(*f) ||
+        !operation("f_EnvoyerToutesFactures", "envoi de la facture dégradée")) {
+        return std::nullopt;
+    }
+    montrer_lot(*f);
+    return f;
+}
+
+void Demo::montrer_erreurs_scor() {
+    auto rs = lire(base_pont_, "SELECT SCOR_Erreurs.* FROM SCOR_Erreurs;");
+    sortie_ << "    SCOR_Erreurs : " << (rs ? rs->RecordCount() : 0) << " pièce(s) manquante(s)\n";
+    bool feuille = false;
+    for (; rs && !rs->EOF_(); rs->MoveNext()) {
+        feuille = feuille || rs->champ("id_PJ").str() == "FSNC";
+        sortie_ << "      facture " << texte(rs->champ("numeroFacture")) << " : "
+                << texte(rs->champ("Nature_PJ")) << " (" << texte(rs->champ("id_PJ"))
+                << "), client " << texte(rs->champ("Reference_Client")) << "\n";
+    }
+    if (!feuille) {
+        echec("la feuille de soins de la facture dégradée devait manquer");
+    }
+}
+
+// The claim form of a signed invoice is not needed: the fund leaves it to be handled by
+// hand, and the optician withdraws it.
+void Demo::supprimer_feuille_de_soins(const Facture& f) {
+    auto rs =
+        lire(base_pont_,
+             "SELECT T_InfosSCor.* FROM T_InfosSCor WHERE (((T_InfosSCor.InfosSCor_NUMFAC)='" +
+                 Nombre_SQL(f.numero) + "') AND ((T_InfosSCor.InfosSCor_Nature)='FSNC'));");
+    titre("commande de suppression de l'hôte : la feuille de soins de la facture n° " + f.numero);
+    if (!rs || rs->EOF_()) {
+        echec("aucune feuille de soins enregistrée pour la facture " + f.numero);
+        return;
+    }
+    const std::string id = texte(rs->champ("InfosSCor_ID"));
+    const std::string pdf = rs->champ("InfosSCor_Chemin").str() + rs->champ("InfosSCor_nom").str();
+    if (!ecrire_ordre("f_deldctsSCOR",
+                      "<Dossier><Dossier>" + rs->champ("typeDossier").str() + "</Dossier><Id>" +
+                          texte(rs->champ("idDossier")) + "</Id><Facture>" + f.numero +
+                          "</Facture><id_Document>" + id +
+                          "</id_Document><Nature>FSNC</Nature></Dossier>",
+                      "pièce n° " + id) ||
+        !operation("f_deldctsSCOR", "retrait de la feuille de soins")) {
+        return;
+    }
+    montrer_suivi();
+    sortie_ << "    " << pdf << " : " << (fichier_existe(pdf) ? "ENCORE PRÉSENT" : "supprimé")
+            << "\n";
+    if (fichier_existe(pdf)) {
+        echec("le PDF de la pièce retirée est resté dans l'archive");
+    }
+}
+
 void Demo::montrer_traces() {
     const std::time_t maintenant = std::time(nullptr);
     char mois[8] = "";
@@ -854,6 +1008,7 @@ std::vector<std::string> Demo::derouler() {
 
     if (const std::optional<Facture> facture = facturer()) {
         capturer(*facture);
+        suivre_pieces(*facture, client);
     }
 
     montrer_traces();
