@@ -180,6 +180,25 @@ TEST_F(PiecesJointes, OnlyPendingRowsAreSentInInvoiceOrderAndAVanishedFileIsMark
     EXPECT_EQ(reponse_hote(), (Textes{"f_Scor", "0", "Aucun document à envoyer"}));
 }
 
+TEST_F(PiecesJointes, FiveHundredPendingRowsAreEachSentOnce) {
+    std::filesystem::create_directories(magasin + "/Sv140Scor/202401");
+    for (int i = 1; i <= 500; ++i) {
+        ecrire(magasin + "/Sv140Scor/202401/" + std::to_string(i) + ".pdf", "%PDF-1.4\n");
+    }
+    sql(pont(), std::string("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n "
+                            "WHERE i < 500) INSERT INTO T_InfosSCor (InfosSCor_NUMFAC, "
+                            "InfosSCor_Chemin, InfosSCor_nom, idDossier) SELECT i, '") +
+                    kDossierStocke + "', i || '.pdf', 1 FROM n");
+    scripter(0, kPris);
+    EXPECT_TRUE(fin_propre(operation("f_TransfertPJ")));
+    EXPECT_EQ(appels(), 500);
+    EXPECT_EQ(sql(pont(),
+                  "SELECT count(*) FROM T_InfosSCor WHERE Pointage = 0 AND "
+                  "InfosSCor_DateEnvoi IS NOT NULL"),
+              (Lignes{{"500"}}));
+    EXPECT_EQ(reponse_hote(), (Textes{"f_Scor", "0", "La fonction s'est déroulée avec succès"}));
+}
+
 TEST_F(PiecesJointes, ARefusalOrAStopMidwayKeepsWhatWasSent) {
     for (int i = 1; i <= 5; ++i) {
         piece(std::to_string(i), std::to_string(i) + ".pdf");
