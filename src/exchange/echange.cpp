@@ -40,6 +40,7 @@ void remplacer_tout(std::string& s, std::string_view de, std::string_view par) {
 }
 
 bool lire_reponse(Run& run, int essai);
+bool redemander(Run& run, std::string_view operation, std::string_view libelle);
 
 }  // namespace
 
@@ -158,7 +159,41 @@ bool Lire_Reponse(Run& run) {
     return lire_reponse(run, 0);
 }
 
+void Envoyer_Et_Recuperer(Run& run, std::string_view operation) {
+    Envoyer_Requete(run, operation, 0);
+    for (int essai = 1; essai < kEssais271 && !run.interruption; ++essai) {
+        XmlDocument doc;
+        Champs resultat{"codeErreur", "libelleErreur"};
+        if (!doc.charger_fichier(run.fichier(kReponse)) ||
+            resultat.lire(doc, "/ZRMESSAGE/resultat") == 0 || Val(resultat("codeErreur")) != 271 ||
+            !redemander(run, operation, resultat("libelleErreur"))) {
+            return;
+        }
+    }
+}
+
 namespace {
+
+/// Asks the middleware again for the answer of `operation` that did not fit, with the
+/// buffer its label `libelle` ("… Attendue: N … Trouvée: M") calls for. False when the
+/// recovery request could not be saved (answered 99) or the run must stop.
+bool redemander(Run& run, std::string_view operation, std::string_view libelle) {
+    long taille = 0;
+    auto attendue = libelle.find("Attendue:");
+    if (attendue != std::string::npos && libelle.find("Trouvée:") != std::string::npos) {
+        // Rounded half to even, as the host rounds.
+        double attendu = std::nearbyint(Val(libelle.substr(attendue + 9)) * 1.1);
+        taille = attendu >= 1 ? Taille_Tampon(attendu) : 0;
+    }
+    // Unsaved, the recovery request would leave the first request to be sent again.
+    if (Statut s = Requete_f_RecupMessage(run, operation); !s) {
+        Reponse_Erreur(run, "99", s.raison(), run.F_Appel);
+        return false;
+    }
+    run.log("F_Appel : " + std::string(operation) + " Buffer : " + std::to_string(taille));
+    Envoyer_Requete(run, operation, taille + 1);
+    return !run.interruption;
+}
 
 bool lire_reponse(Run& run, int essai) {
     std::string chemin = run.fichier(kReponse);
@@ -192,22 +227,7 @@ bool lire_reponse(Run& run, int essai) {
                            run.F_Appel);
             return false;
         }
-        long taille = 0;
-        auto attendue = libelle.find("Attendue:");
-        if (attendue != std::string::npos && libelle.find("Trouvée:") != std::string::npos) {
-            // Rounded half to even, as the host rounds.
-            double attendu =
-                std::nearbyint(Val(std::string_view(libelle).substr(attendue + 9)) * 1.1);
-            taille = attendu >= 1 ? Taille_Tampon(attendu) : 0;
-        }
-        // Unsaved, the recovery request would leave the first request to be sent again.
-        if (Statut s = Requete_f_RecupMessage(run, run.F_Appel); !s) {
-            Reponse_Erreur(run, "99", s.raison(), run.F_Appel);
-            return false;
-        }
-        run.log("F_Appel : " + run.F_Appel + " Buffer : " + std::to_string(taille));
-        Envoyer_Requete(run, run.F_Appel, taille + 1);
-        if (run.interruption) {
+        if (!redemander(run, run.F_Appel, libelle)) {
             return false;
         }
         bool retour = lire_reponse(run, essai + 1);

@@ -28,6 +28,10 @@ void Reponse_Erreur(Run& run, std::string_view code, std::string_view message,
                     std::string_view appelant);
 /// The response check: True when the answer reports no error.
 bool Lire_Reponse(Run& run);
+/// Envoyer_Requete for an operation that reads its own answer, with the check's
+/// recovery of an answer that did not fit in the buffer (code 271): fetched again,
+/// with the size the middleware asks for, up to the check's number of attempts.
+void Envoyer_Et_Recuperer(Run& run, std::string_view operation);
 
 /// An answer-buffer size from a number read anywhere (a parameter, an error text):
 /// at least 1, at most 64 MiB, so that no stored or received value can ask for more.

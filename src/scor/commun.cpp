@@ -50,7 +50,7 @@ Statut Echanger(Run& run, const Requete& requete, std::string_view fonction) {
     if (Statut s = requete.enregistrer(run); !s) {
         return s;
     }
-    Envoyer_Requete(run, fonction, 0);
+    Envoyer_Et_Recuperer(run, fonction);
     if (run.interruption) {
         return Statut::Deja_Repondu(*run.interruption);
     }

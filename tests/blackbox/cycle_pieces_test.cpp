@@ -88,10 +88,13 @@ TEST_F(CyclePieces, SentFollowedCheckedAndWithdrawn) {
                                 "Pièce jointe refusée - Le fichier n'est pas un PDF", "0"}}));
 
     // Two days later the prescription is accepted; the claim form of a signed invoice is
-    // left to be handled by hand.
+    // left to be handled by hand. From here on the answers outgrow the shop's buffer and
+    // are fetched again.
     outil_ok({"avancer", racine, "2"});
+    sql(pont(), "UPDATE T_InfoParam SET Taille_Buffer = 320");
     ordre("f_mettreajourStatut", "<donnees><DateDebut>20240101</DateDebut></donnees>");
     reussir("f_mettreajourStatut");
+    EXPECT_NE(log().find("F_Appel : f_LireInfosRetourPJ Buffer : "), std::string::npos);
     EXPECT_EQ(suivi(), (Lignes{{"ORDN", "1", "0", "0", "0", "PJ acceptée", "-1"},
                                {"FSNC", "1", "0", "0", "12",
                                 "La Pièce justificative est a traiter manuellement", "-1"},
