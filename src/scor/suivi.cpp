@@ -18,7 +18,6 @@
 #include "platform/systeme.h"
 #include "scor/commun.h"
 #include "scor/scor.h"
-#include "tools/outils.h"
 
 namespace sv140 {
 namespace {

@@ -47,11 +47,10 @@ class CyclePieces : public BoiteNoire {
     }
     /// Nature, sent, still to send, transfer code, status, label, acknowledgement.
     Lignes suivi() const {
-        Lignes l = sql(pont(),
-                       "SELECT InfosSCor_Nature, InfosSCor_DateEnvoi IS NOT NULL, "
-                       "Pointage, C_Erreur, C_Statut, InfosSCor_LibelError, "
-                       "InfosSCor_ARL FROM T_InfosSCor ORDER BY InfosSCor_ID");
-        return l;
+        return sql(pont(),
+                   "SELECT InfosSCor_Nature, InfosSCor_DateEnvoi IS NOT NULL, "
+                   "Pointage, C_Erreur, C_Statut, InfosSCor_LibelError, "
+                   "InfosSCor_ARL FROM T_InfosSCor ORDER BY InfosSCor_ID");
     }
     std::string libelle() const {
         Textes t = xml(fichier("ZEMO_Response.xml"), "//libelleErreur");
