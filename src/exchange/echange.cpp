@@ -1,6 +1,7 @@
 // The middleware call, the answer file, the response check and the error response.
 #include "exchange/echange.h"
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -22,6 +23,8 @@ using fichiers::kRequete;
 
 // An answer buffer is never larger than this, whatever size an error text claims.
 constexpr long kTailleMaximale = 64L * 1024 * 1024;
+// The buffer of a shop whose Taille_Buffer setting cannot serve.
+constexpr long kTailleParDefaut = 102400;
 // Requests for one answer (the first and its recoveries) before the bridge gives up on
 // an answer that never fits.
 constexpr int kEssais271 = 3;
@@ -101,6 +104,13 @@ bool Executer_ZR(Run& run, const std::string& requete, long taille) {
         // the middleware works.
         UniteDeTravail lecture(run.bases());
         voulue = Lire_Taille_Buffer(run.bases());
+        // Null, zero, negative or not a number: one broken setting would otherwise
+        // make every call of every operation fail.
+        if (!(voulue >= 1)) {
+            run.log("Taille_Buffer inutilisable (" + Nombre_SQL(voulue) + ") : tampon de " +
+                    std::to_string(kTailleParDefaut) + " octets");
+            voulue = kTailleParDefaut;
+        }
     }
     taille = Taille_Tampon(voulue);
     if (taille != voulue) {
@@ -126,6 +136,7 @@ bool Executer_ZR(Run& run, const std::string& requete, long taille) {
         run.ui->MsgBox("Point d'entrée ZR_Executer absent de " + chemin, "SV140", Icone::Critique);
         return false;
     }
+    run.tampon = taille;
     std::vector<char> tampon(static_cast<std::size_t>(taille), '\0');
     int taille_appel = static_cast<int>(taille);
     int retour = ZR_Executer(requete.c_str(), tampon.data(), &taille_appel);
@@ -184,6 +195,11 @@ bool redemander(Run& run, std::string_view operation, std::string_view libelle) 
         // Rounded half to even, as the host rounds.
         double attendu = std::nearbyint(Val(libelle.substr(attendue + 9)) * 1.1);
         taille = attendu >= 1 ? Taille_Tampon(attendu) : 0;
+    }
+    if (taille == 0) {
+        // Without a size to go by, four times the buffer that was too small.
+        taille = Taille_Tampon(4.0 * std::max(run.tampon, kTailleParDefaut));
+        run.log("Code 271 sans taille attendue : tampon porté à " + std::to_string(taille));
     }
     // Unsaved, the recovery request would leave the first request to be sent again.
     if (Statut s = Requete_f_RecupMessage(run, operation); !s) {

@@ -29,6 +29,9 @@ struct Run {
     /// Set when the run must end at once, before the archive and the copy of the answer
     /// for the host (the request file vanished under the bridge): why.
     std::optional<std::string> interruption;
+    /// The size of the last answer buffer given to the middleware: an answer that did
+    /// not fit, and whose error text does not say how large it is, gets a larger one.
+    long tampon = 0;
 
     std::unique_ptr<Ui> ui;
     std::unique_ptr<Connexions> cnx;

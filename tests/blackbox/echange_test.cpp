@@ -188,6 +188,31 @@ TEST_F(Echange, AnOversizedAnswerIsFetchedAgainWithALargerBufferOnlyOnce) {
     EXPECT_EQ(versions(), Lignes{});
 }
 
+TEST_F(Echange, ABrokenBufferSettingStillLetsCallsThrough) {
+    for (const std::string valeur : {"NULL", "0", "-5", "'abc'"}) {
+        SCOPED_TRACE(valeur);
+        sql(pont(), "DELETE FROM T_InfosVersion; UPDATE T_InfoParam SET Taille_Buffer = " + valeur);
+        utiliser_script();
+        scripter(1, reponse_version("7.1"));
+        ASSERT_TRUE(fin_propre(operation("f_LireVersion")));
+        EXPECT_EQ(lire(script("taille_1")), "102400");
+        EXPECT_NE(log().find("Taille_Buffer inutilisable"), std::string::npos) << log();
+        EXPECT_EQ(versions(), Lignes{version_stockee("7.1")});
+    }
+
+    // An answer too large for the buffer, whose text does not say how large it is, is
+    // asked for again with a larger buffer each time.
+    sql(pont(), "DELETE FROM T_InfosVersion; UPDATE T_InfoParam SET Taille_Buffer = 1000");
+    utiliser_script();
+    scripter(1, reponse("f_LireVersion", "271", "Buffer trop petit"));
+    scripter(2, reponse("f_LireVersion", "271", ""));
+    scripter(3, reponse_version("7.2"));
+    ASSERT_TRUE(fin_propre(operation("f_LireVersion")));
+    EXPECT_EQ(lire(script("taille_2")), "409601");
+    EXPECT_EQ(lire(script("taille_3")), "1638405");
+    EXPECT_EQ(versions(), Lignes{version_stockee("7.2")});
+}
+
 TEST_F(Echange, QuietCodesShowNoBox) {
     struct Cas {
         Textes codes;
