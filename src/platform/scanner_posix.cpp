@@ -1,6 +1,7 @@
 // The scanner on Linux: SANE. Each scan opens the library and the device and closes
 // both again, so that a device plugged in between two scans is seen and nothing stays
 // held while the optician reviews the page.
+#include <dlfcn.h>
 #include <sane/sane.h>
 #include <sane/saneopts.h>
 
@@ -10,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
+#include <type_traits>
 
 #include "platform/scanner.h"
 #include "platform/systeme.h"
@@ -18,13 +20,59 @@ namespace sv140 {
 
 namespace {
 
+// SANE is loaded at the first scan, not linked: with its backends' USB and device
+// libraries it would be mapped and relocated at the start of every run, of every
+// operation, for the few that scan.
+struct Sane {
+    decltype(&::sane_init) init = nullptr;
+    decltype(&::sane_exit) exit = nullptr;
+    decltype(&::sane_get_devices) get_devices = nullptr;
+    decltype(&::sane_open) open = nullptr;
+    decltype(&::sane_close) close = nullptr;
+    decltype(&::sane_cancel) cancel = nullptr;
+    decltype(&::sane_strstatus) strstatus = nullptr;
+    decltype(&::sane_get_option_descriptor) get_option_descriptor = nullptr;
+    decltype(&::sane_control_option) control_option = nullptr;
+    decltype(&::sane_start) start = nullptr;
+    decltype(&::sane_get_parameters) get_parameters = nullptr;
+    decltype(&::sane_read) read = nullptr;
+    bool chargee = false;
+};
+
+const Sane& libsane() {
+    static const Sane s = [] {
+        Sane b;
+        void* h = ::dlopen("libsane.so.1", RTLD_NOW | RTLD_LOCAL);
+        if (h == nullptr) {
+            return b;
+        }
+        auto prendre = [h](auto& fonction, const char* nom) {
+            fonction =
+                reinterpret_cast<std::remove_reference_t<decltype(fonction)>>(::dlsym(h, nom));
+            return fonction != nullptr;
+        };
+        b.chargee =
+            prendre(b.init, "sane_init") && prendre(b.exit, "sane_exit") &&
+            prendre(b.get_devices, "sane_get_devices") && prendre(b.open, "sane_open") &&
+            prendre(b.close, "sane_close") && prendre(b.cancel, "sane_cancel") &&
+            prendre(b.strstatus, "sane_strstatus") &&
+            prendre(b.get_option_descriptor, "sane_get_option_descriptor") &&
+            prendre(b.control_option, "sane_control_option") && prendre(b.start, "sane_start") &&
+            prendre(b.get_parameters, "sane_get_parameters") && prendre(b.read, "sane_read");
+        return b;
+    }();
+    return s;
+}
+
 /// sane_init for the life of the object; sane_exit closes whatever is still open.
 class SessionSane {
   public:
-    SessionSane() { pret_ = ::sane_init(nullptr, nullptr) == SANE_STATUS_GOOD; }
+    SessionSane() {
+        pret_ = libsane().chargee && libsane().init(nullptr, nullptr) == SANE_STATUS_GOOD;
+    }
     ~SessionSane() {
         if (pret_) {
-            ::sane_exit();
+            libsane().exit();
         }
     }
     SessionSane(const SessionSane&) = delete;
@@ -36,7 +84,7 @@ class SessionSane {
     std::vector<const SANE_Device*> appareils() const {
         std::vector<const SANE_Device*> liste;
         const SANE_Device** tous = nullptr;
-        if (pret_ && ::sane_get_devices(&tous, SANE_FALSE) == SANE_STATUS_GOOD && tous) {
+        if (pret_ && libsane().get_devices(&tous, SANE_FALSE) == SANE_STATUS_GOOD && tous) {
             for (; *tous; ++tous) {
                 liste.push_back(*tous);
             }
@@ -54,8 +102,8 @@ class Appareil {
   public:
     explicit Appareil(SANE_Handle h) : h_(h) {}
     ~Appareil() {
-        ::sane_cancel(h_);
-        ::sane_close(h_);
+        libsane().cancel(h_);
+        libsane().close(h_);
     }
     Appareil(const Appareil&) = delete;
     Appareil& operator=(const Appareil&) = delete;
@@ -66,13 +114,13 @@ class Appareil {
 };
 
 std::string statut(SANE_Status s) {
-    return ::sane_strstatus(s);
+    return libsane().strstatus(s);
 }
 
 /// The option named `nom` that can be set now, or -1.
 SANE_Int option(SANE_Handle h, const char* nom) {
     for (SANE_Int i = 1;; ++i) {
-        const SANE_Option_Descriptor* d = ::sane_get_option_descriptor(h, i);
+        const SANE_Option_Descriptor* d = libsane().get_option_descriptor(h, i);
         if (!d) {
             return -1;
         }
@@ -106,7 +154,7 @@ SANE_Word mot_permis(const SANE_Option_Descriptor& d, double valeur) {
 /// Sets a numeric option (every element of an array option). The value the device
 /// kept, which may differ from the one asked for; nothing when it refused.
 std::optional<double> regler_nombre(SANE_Handle h, SANE_Int i, double valeur) {
-    const SANE_Option_Descriptor* d = i < 0 ? nullptr : ::sane_get_option_descriptor(h, i);
+    const SANE_Option_Descriptor* d = i < 0 ? nullptr : libsane().get_option_descriptor(h, i);
     if (!d || (d->type != SANE_TYPE_INT && d->type != SANE_TYPE_FIXED) ||
         d->size < static_cast<SANE_Int>(sizeof(SANE_Word))) {
         return std::nullopt;
@@ -115,10 +163,10 @@ std::optional<double> regler_nombre(SANE_Handle h, SANE_Int i, double valeur) {
                                 mot_permis(*d, valeur));
     // Setting an option may change the others' descriptors, which must then be read
     // again before any of them is used, this one included.
-    if (::sane_control_option(h, i, SANE_ACTION_SET_VALUE, mots.data(), nullptr) !=
+    if (libsane().control_option(h, i, SANE_ACTION_SET_VALUE, mots.data(), nullptr) !=
             SANE_STATUS_GOOD ||
-        !::sane_get_option_descriptor(h, i) ||
-        ::sane_control_option(h, i, SANE_ACTION_GET_VALUE, mots.data(), nullptr) !=
+        !libsane().get_option_descriptor(h, i) ||
+        libsane().control_option(h, i, SANE_ACTION_GET_VALUE, mots.data(), nullptr) !=
             SANE_STATUS_GOOD) {
         return std::nullopt;
     }
@@ -126,7 +174,7 @@ std::optional<double> regler_nombre(SANE_Handle h, SANE_Int i, double valeur) {
 }
 
 bool regler_texte(SANE_Handle h, SANE_Int i, const char* valeur) {
-    const SANE_Option_Descriptor* d = ::sane_get_option_descriptor(h, i);
+    const SANE_Option_Descriptor* d = libsane().get_option_descriptor(h, i);
     if (!d || d->type != SANE_TYPE_STRING || d->size <= 0) {
         return false;
     }
@@ -141,7 +189,7 @@ bool regler_texte(SANE_Handle h, SANE_Int i, const char* valeur) {
     }
     std::string tampon(valeur);
     tampon.resize(std::max<std::size_t>(tampon.size() + 1, static_cast<std::size_t>(d->size)));
-    return ::sane_control_option(h, i, SANE_ACTION_SET_VALUE, tampon.data(), nullptr) ==
+    return libsane().control_option(h, i, SANE_ACTION_SET_VALUE, tampon.data(), nullptr) ==
            SANE_STATUS_GOOD;
 }
 
@@ -242,11 +290,11 @@ std::string bmp(const Page& page, double dpi) {
 
 /// Acquires one page. The reason of a failure, or "".
 std::string acquerir(SANE_Handle h, Page& page) {
-    SANE_Status s = ::sane_start(h);
+    SANE_Status s = libsane().start(h);
     if (s != SANE_STATUS_GOOD) {
         return "le scanner n'a pas démarré : " + statut(s);
     }
-    if ((s = ::sane_get_parameters(h, &page.p)) != SANE_STATUS_GOOD) {
+    if ((s = libsane().get_parameters(h, &page.p)) != SANE_STATUS_GOOD) {
         return "paramètres de la page illisibles : " + statut(s);
     }
     const SANE_Parameters& p = page.p;
@@ -265,7 +313,7 @@ std::string acquerir(SANE_Handle h, Page& page) {
     std::vector<SANE_Byte> tampon(65536);
     for (;;) {
         SANE_Int lus = 0;
-        s = ::sane_read(h, tampon.data(), static_cast<SANE_Int>(tampon.size()), &lus);
+        s = libsane().read(h, tampon.data(), static_cast<SANE_Int>(tampon.size()), &lus);
         if (s == SANE_STATUS_EOF) {
             break;
         }
@@ -290,7 +338,9 @@ class ScannerSane : public Scanner {
     ResultatScan numeriser(const ReglagesScan& reglages, const std::string& fichier) override {
         SessionSane sane;
         if (!sane.pret()) {
-            return {EtatScan::SourceIndisponible, "SANE ne s'initialise pas"};
+            return {EtatScan::SourceIndisponible, libsane().chargee
+                                                      ? "SANE ne s'initialise pas"
+                                                      : "SANE introuvable (libsane.so.1)"};
         }
         std::string nom = choisi_;
         if (nom.empty()) {
@@ -304,7 +354,7 @@ class ScannerSane : public Scanner {
             nom = appareils.front()->name;
         }
         SANE_Handle h = nullptr;
-        const SANE_Status s = ::sane_open(nom.c_str(), &h);
+        const SANE_Status s = libsane().open(nom.c_str(), &h);
         if (s != SANE_STATUS_GOOD || !h) {
             return {EtatScan::SourceIndisponible,
                     "le scanner « " + nom + " » ne s'ouvre pas : " + statut(s)};
