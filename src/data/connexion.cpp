@@ -181,6 +181,24 @@ Moteur Connexion::moteur_du_fichier(const std::string& chemin) {
                                                                                    : Moteur::Access;
 }
 
+void Connexion::ouvrir_a_la_demande(const std::string& chemin) {
+    if (moteur_du_fichier(chemin) == Moteur::Aucun || !chemin_transmissible(chemin)) {
+        (void)ouvrir(chemin);
+        return;
+    }
+    fermer();
+    chemin_ = chemin;
+    differee_ = chemin;
+}
+
+void Connexion::ouvrir_si_differee() {
+    if (differee_) {
+        const std::string chemin = std::move(*differee_);
+        differee_.reset();
+        (void)ouvrir(chemin);
+    }
+}
+
 Statut Connexion::ouvrir(const std::string& chemin) {
     fermer();
     chemin_ = chemin;
@@ -239,6 +257,7 @@ bool Connexion::ouverte() const {
 }
 
 void Connexion::fermer() {
+    differee_.reset();
     impl_.reset();
     moteur_ = Moteur::Aucun;
 }
@@ -249,6 +268,7 @@ Statut Connexion::echec_instruction(std::string_view raison, std::string_view sq
 }
 
 Statut Connexion::Execute(std::string_view sql) {
+    ouvrir_si_differee();
     if (!ouverte()) {
         return echec_instruction(refus_.empty() ? "base non ouverte" : refus_, sql);
     }
@@ -263,6 +283,7 @@ Statut Connexion::Execute(std::string_view sql) {
 }
 
 Resultat<Recordset> Connexion::Ouvrir(std::string_view sql) {
+    ouvrir_si_differee();
     if (!ouverte()) {
         return echec_instruction(refus_.empty() ? "base non ouverte" : refus_, sql);
     }

@@ -77,6 +77,10 @@ class Connexion {
     /// missing, not a file, unreadable, or the driver refuses it; the statements sent
     /// to a connection that could not be opened then fail with that reason.
     Statut ouvrir(const std::string& chemin);
+    /// `ouvrir` at the first statement sent to the connection: a database that no
+    /// routine of the run uses costs only a look at its first bytes. A file that is no
+    /// database is refused (and logged) at once, as `ouvrir` refuses it.
+    void ouvrir_a_la_demande(const std::string& chemin);
     bool ouverte() const;
     Moteur moteur() const { return moteur_; }
     const std::string& chemin() const { return chemin_; }
@@ -107,7 +111,9 @@ class Connexion {
     Journal journal_;
     Moteur moteur_ = Moteur::Aucun;
     std::string chemin_;
-    std::string refus_;  // why the last opening failed
+    std::string refus_;                    // why the last opening failed
+    std::optional<std::string> differee_;  // the file to open at the first statement
+    void ouvrir_si_differee();
     void journaliser(std::string_view message);
     Statut echec_instruction(std::string_view raison, std::string_view sql);
 };
