@@ -259,6 +259,7 @@ bool Connexion::ouverte() const {
 void Connexion::fermer() {
     differee_.reset();
     impl_.reset();
+    transaction_ = Transaction::Aucune;
     moteur_ = Moteur::Aucun;
 }
 
@@ -274,10 +275,19 @@ Statut Connexion::Execute(std::string_view sql) {
     }
     std::string texte =
         moteur_ == Moteur::SQLite ? Traduire_Access_SQL(sql, maintenant_local()) : std::string(sql);
+    if (moteur_ == Moteur::SQLite && transaction_ == Transaction::Lecture) {
+        // Nothing written yet: the write begins a transaction of its own, which waits for
+        // the database's write lock rather than failing on a stale read.
+        SQLEndTran(SQL_HANDLE_DBC, impl_->dbc, SQL_ROLLBACK);
+    }
     Instruction st(impl_->dbc);
     SQLRETURN r = odbc::executer(st.h, texte);
     if (r == SQL_NO_DATA || SQL_SUCCEEDED(r)) {
+        transaction_ = Transaction::Ecriture;
         return {};
+    }
+    if (transaction_ != Transaction::Ecriture) {
+        transaction_ = Transaction::Lecture;
     }
     return echec_instruction(odbc::diagnostic(SQL_HANDLE_STMT, st.h), sql);
 }
@@ -291,6 +301,9 @@ Resultat<Recordset> Connexion::Ouvrir(std::string_view sql) {
         moteur_ == Moteur::SQLite ? Traduire_Access_SQL(sql, maintenant_local()) : std::string(sql);
     Instruction st(impl_->dbc);
     SQLRETURN r = odbc::executer(st.h, texte);
+    if (transaction_ == Transaction::Aucune) {
+        transaction_ = Transaction::Lecture;
+    }
     if (!SQL_SUCCEEDED(r) && r != SQL_NO_DATA) {
         return echec_instruction(odbc::diagnostic(SQL_HANDLE_STMT, st.h), sql);
     }
@@ -327,6 +340,7 @@ Statut Connexion::valider() {
         return Statut::Echec_Base(chemin_ + " : " + (refus_.empty() ? "base non ouverte" : refus_));
     }
     if (SQL_SUCCEEDED(SQLEndTran(SQL_HANDLE_DBC, impl_->dbc, SQL_COMMIT))) {
+        transaction_ = Transaction::Aucune;
         return {};
     }
     const std::string erreur = odbc::diagnostic(SQL_HANDLE_DBC, impl_->dbc);
@@ -339,6 +353,7 @@ void Connexion::annuler() {
     if (ouverte()) {
         SQLEndTran(SQL_HANDLE_DBC, impl_->dbc, SQL_ROLLBACK);
     }
+    transaction_ = Transaction::Aucune;
 }
 
 Statut Connexion::creer_sqlite(const std::string& chemin) {

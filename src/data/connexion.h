@@ -13,7 +13,11 @@
 //
 // On SQLite the connection works in WAL mode with synchronous=NORMAL (every commit
 // survives a killed process, and many small commits stay cheap) and waits 5 seconds for
-// a locked database before the statement fails.
+// a locked database before the statement fails. A unit's first write ends what it had
+// only read so far, so that it waits for another workstation's write like any first
+// statement instead of failing at once on the database as it stood before: from that
+// write to the unit's end the unit holds the database, and what it read before is read
+// as on the Access engine, without a snapshot.
 #pragma once
 
 #include <functional>
@@ -114,6 +118,11 @@ class Connexion {
     std::string refus_;                    // why the last opening failed
     std::optional<std::string> differee_;  // the file to open at the first statement
     void ouvrir_si_differee();
+    // What the transaction in progress has done: on SQLite a transaction that has only
+    // read keeps the database as it stood at its first read, and cannot become a write
+    // once another workstation has written since.
+    enum class Transaction { Aucune, Lecture, Ecriture };
+    Transaction transaction_ = Transaction::Aucune;
     void journaliser(std::string_view message);
     Statut echec_instruction(std::string_view raison, std::string_view sql);
 };
