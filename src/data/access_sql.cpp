@@ -445,6 +445,12 @@ class Traducteur {
             } else if (jeton.genre == Genre::Date) {
                 const auto date = date_stockee(jeton.texte);
                 sortie_ += date ? std::string_view(*date) : jeton.texte;
+            } else if (est(i, Genre::Ponctuation, "@") && est(i + 1, Genre::Ponctuation, "@") &&
+                       est_mot(i + 2, "IDENTITY")) {
+                // The key the connection's own last insert was given.
+                sortie_ += "last_insert_rowid()";
+                i += 3;
+                continue;
             } else if (jeton.genre == Genre::Mot && !qualifie(i)) {
                 const std::size_t apres = fonction(i, fin);
                 if (apres != npos) {

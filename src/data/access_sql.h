@@ -20,6 +20,7 @@ namespace sv140 {
 ///   "text"                            -> 'text'  (quotes re-escaped)
 ///   Date()                            -> today at midnight, in the storage form
 ///   Val(x)                            -> the numeric value of x
+///   @@IDENTITY                        -> last_insert_rowid()
 ///   DELETE DISTINCTROW t.c FROM t, DELETE t.*, t.c FROM t, DELETE * FROM t,
 ///   DELETE t.c FROM t                 -> DELETE FROM t
 ///   UPDATE t SET t.c = ...            -> UPDATE t SET c = ...

@@ -70,6 +70,8 @@ TEST(TraduireAccessSql, TokensAndLiterals) {
         {"WHERE (((Trim(Val([NUMFAC])))='123'))",
          "WHERE (((Trim(CAST(CAST([NUMFAC] AS TEXT) AS NUMERIC)))='123'))"},
         {"Val(IIf(a=True, \"1x\", b))", "CAST(CAST(IIf(a=-1, '1x', b) AS TEXT) AS NUMERIC)"},
+        {"SELECT @@IDENTITY AS ID;", "SELECT last_insert_rowid() AS ID;"},
+        {"SELECT '@@IDENTITY', [@@IDENTITY]", "SELECT '@@IDENTITY', [@@IDENTITY]"},
         // Nothing inside a literal or a bracketed name is rewritten.
         {"SELECT 'True', '#1/2/2024#', 'Date()', 'DELETE * FROM x', 'Val(1)', 'it''s' FROM t",
          "SELECT 'True', '#1/2/2024#', 'Date()', 'DELETE * FROM x', 'Val(1)', 'it''s' FROM t"},
@@ -148,6 +150,7 @@ TEST_F(MoteurSqlite, StatementsRunAsAccessRunsThem) {
     executer(
         "INSERT INTO S ( NUMFAC, ARL, G ) SELECT 'l''a' AS v1, False AS v3, "
         "#03-05-2024 14:30:12# AS v4;");
+    EXPECT_EQ(colonne("SELECT @@IDENTITY AS Cle;"), colonne("SELECT ID FROM S WHERE ARL = 0;"));
     executer("DELETE DISTINCTROW S.ARL FROM S WHERE ARL = -1;");
     EXPECT_EQ(colonne("SELECT NUMFAC || '|' || ARL || '|' || G FROM S;"),
               (Colonne{"l'a|0|2024-03-05 14:30:12"}));
