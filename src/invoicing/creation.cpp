@@ -341,14 +341,27 @@ Statut Stocker_Facture(Run& run) {
     if (Statut s = pont.Execute(sql); !s) {
         return s;
     }
-    auto cle = Plus_Grande_Cle(
-        pont, "SELECT Max(T_InfosFacture.Info_Facture_ID) AS ID_FAC FROM T_InfosFacture;");
-    if (!cle) {
-        return cle.statut();
+    // The key this connection's insert was given: the largest key of the table is
+    // another workstation's new invoice when it inserted meanwhile. The largest key stays
+    // as a check, so that a shop where the two differ can be told from its log.
+    auto identite = Premiere_Ligne(pont, "SELECT @@IDENTITY AS ID_FAC;");
+    if (!identite) {
+        return identite.statut();
     }
-    if (*cle == 0) {
+    const double cle = identite->champ("ID_FAC").nombre();
+    if (cle == 0) {
         run.log("Clé de la facture " + numero + " introuvable : lignes non enregistrées");
         return {};
+    }
+    auto plus_grande = Plus_Grande_Cle(
+        pont, "SELECT Max(T_InfosFacture.Info_Facture_ID) AS ID_FAC FROM T_InfosFacture;");
+    if (!plus_grande) {
+        return plus_grande.statut();
+    }
+    if (*plus_grande != cle) {
+        run.log("Clé de la facture " + numero + " : " + Nombre_SQL(cle) +
+                ", mais la plus grande clé de T_InfosFacture est " + Nombre_SQL(*plus_grande) +
+                " (facture créée par un autre poste) : les lignes vont sous " + Nombre_SQL(cle));
     }
 
     const auto lignes = reponse->selectionner(std::string(kCree) + "/acte");
@@ -375,7 +388,7 @@ Statut Stocker_Facture(Run& run) {
             "Info_DetailFacture_tauxRbt, Info_DetailFacture_QUANTITE, Info_DetailFacture_MtAMO, "
             "Info_DetailFacture_MtAMC, Info_DetailFacture_QualifDepense, "
             "Info_DetailFacture_codeExo ) SELECT " +
-            Nombre_SQL(*cle) + " AS V1, '" + Texte_SQL(l("codeActeNGAP")) + "' AS V2, '" +
+            Nombre_SQL(cle) + " AS V1, '" + Texte_SQL(l("codeActeNGAP")) + "' AS V2, '" +
             Texte_SQL(l("codeAffine/codeAffineDetaille")) + "' AS V3, '" +
             Texte_SQL(l("codeAffine/typePrestation")) + "' AS V4, " +
             euros_ligne("montantHonoraires") + " AS V5, " + euros_ligne("baseRemboursement") +
