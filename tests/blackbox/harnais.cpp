@@ -452,6 +452,28 @@ Execution BoiteNoire::lancer(const Textes& arguments, const std::string& entree)
     return e;
 }
 
+std::string BoiteNoire::poste(const std::string& nom) {
+    const std::string dossier = racine + "/Belvane_Classic/" + nom;
+    fs::copy(programme, dossier, fs::copy_options::recursive);
+    return dossier;
+}
+
+Execution BoiteNoire::operation_du_poste(const std::string& dossier, const std::string& nom) {
+    const Textes arguments = {nom, chemin_du_pont(magasin)};
+    if (!sous_wine()) {
+        return executer(
+            {"env", "LD_PRELOAD=/usr/$LIB/faketime/libfaketime.so.1",
+             std::string("FAKETIME=") + (horloge_figee ? "" : "@") + kHorloge, dossier + "/sv140"},
+            arguments, "");
+    }
+    const std::string environnement = "WINEPREFIX=" + prefixe_wine();
+    std::system(
+        ("export " + mot(environnement) + "; wineserver -p120 </dev/null >/dev/null 2>&1").c_str());
+    return executer({"env", environnement, "WINEDEBUG=-all", "LANG=C.UTF-8", "SV140_UI=console",
+                     "wine", dossier + "/sv140.exe"},
+                    arguments, "");
+}
+
 std::string BoiteNoire::horloge(const char* format) const {
     return formater(debut_, format);
 }

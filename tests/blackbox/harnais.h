@@ -132,6 +132,12 @@ class BoiteNoire : public ::testing::Test {
     /// clock).
     Execution lancer(const Textes& arguments, const std::string& entree = "");
     Execution operation(const std::string& nom) { return lancer({nom, chemin_du_pont(magasin)}); }
+    /// Another workstation of the shop: the program folder `nom` beside this one, a copy
+    /// of it as it stands (bridge, middleware and the middleware's state); its path.
+    std::string poste(const std::string& nom);
+    /// The bridge of the program folder `dossier` running `nom` on this shop, as
+    /// `operation` does (the runs' clock); safe to call from several threads at once.
+    Execution operation_du_poste(const std::string& dossier, const std::string& nom);
     /// The time of the last run in strftime's `format`: the fixed clock's, or under Wine,
     /// which libfaketime does not reach, the real clock's at the run's start.
     std::string horloge(const char* format) const;
