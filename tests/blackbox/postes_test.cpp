@@ -65,7 +65,9 @@ class Postes : public BoiteNoire {
     Textes passer(const std::string& dossier, const std::string& nom) {
         const Execution e = operation_du_poste(dossier, nom);
         EXPECT_TRUE(fin_propre(e)) << nom;
-        return xml(dossier + "/ZEMO_Response.xml", "//codeErreur | //libelleErreur");
+        Textes r = xml(dossier + "/ZEMO_Response.xml", "//codeErreur | //libelleErreur");
+        r.resize(2);  // an unreadable answer reads as an empty code
+        return r;
     }
 
     /// Creates an invoice on `dossier` with this frame, then the host's slip for it; its
@@ -73,7 +75,7 @@ class Postes : public BoiteNoire {
     std::string facturer(const std::string& dossier, const std::string& monture) {
         ecrire(dossier + "/ZEMO_Request.xml", claim(monture));
         const Textes r = passer(dossier, "f_CreerFacture");
-        EXPECT_FALSE(r.empty() || r[0] != "0") << "f_CreerFacture on " << dossier;
+        EXPECT_EQ(r[0], "0") << "f_CreerFacture on " << dossier << ": " << r[1];
         const Textes numero = xml(dossier + "/ZEMO_Response.xml", "//numeroFacture");
         if (numero.size() != 1) {
             ADD_FAILURE() << "no invoice number from " << dossier;
@@ -179,7 +181,7 @@ TEST_F(Postes, AWorkstationWaitsForTheOthersShortWrite) {
     const std::vector<Issue> issues = en_meme_temps(runs);
     fin_ecriture.join();
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        EXPECT_EQ(issues[i].reponse, (Textes{"0", issues[i].reponse.at(1)})) << runs[i].second;
+        EXPECT_EQ(issues[i].reponse[0], "0") << runs[i].second << ": " << issues[i].reponse[1];
         EXPECT_GE(issues[i].secondes, 0.5) << runs[i].second << " did not meet the other's write";
     }
     EXPECT_EQ(sql(pont(),
@@ -200,7 +202,6 @@ TEST_F(Postes, AWorkstationGivesUpAfterFiveSecondsOfTheOthersWrite) {
         issues = en_meme_temps(runs);
     }
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        ASSERT_EQ(issues[i].reponse.size(), 2u) << runs[i].second;
         EXPECT_EQ(issues[i].reponse[0], "99") << runs[i].second;
         EXPECT_NE(issues[i].reponse[1].find("database is locked"), std::string::npos)
             << runs[i].second << ": " << issues[i].reponse[1];
@@ -221,9 +222,9 @@ TEST_F(Postes, TwoWorkstationsInvoiceSendAndTransferAtOnce) {
             if (facture.empty()) {
                 return;
             }
-            EXPECT_EQ(passer(dossier, "f_EnvoyerToutesFactures").at(0), "0") << dossier;
+            EXPECT_EQ(passer(dossier, "f_EnvoyerToutesFactures").front(), "0") << dossier;
             piece(facture);
-            EXPECT_EQ(passer(dossier, "f_TransfertPJ").at(0), "0") << dossier;
+            EXPECT_EQ(passer(dossier, "f_TransfertPJ").front(), "0") << dossier;
         }
     };
     std::thread autre(travailler, second, 2);
