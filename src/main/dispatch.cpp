@@ -86,7 +86,12 @@ void phase_requete(Run& run) {
 void phase_reponse(Run& run) {
     const Operation* op = dans_l_ordre(Ordre_Reponses(), run.F_Appel);
     if (op == nullptr) {
-        run.ui->MsgBox(run.F_Appel);
+        // The name alone tells the optician the operation went through: never for an
+        // answer that could not be read (the end of the run answers 99 for it).
+        XmlDocument doc;
+        if (doc.charger_fichier(run.fichier(fichiers::kReponse))) {
+            run.ui->MsgBox(run.F_Appel);
+        }
         return;
     }
     if (op->reponse) {
