@@ -43,6 +43,11 @@ Statut Requete_f_LireInfosComplementaire(Run& run) {
 }
 
 Statut Conserver_Echange_AMC(Run& run) {
+    // The host takes the copies for the insurer's answer: an answer that cannot be read
+    // is none.
+    if (!Charger_Reponse(run, "f_LireInfosComplementaire")) {
+        return Statut::Deja_Repondu("réponse illisible");
+    }
     const struct {
         const char *source, *copie;
     } copies[] = {{fichiers::kRequete, fichiers::kRequeteAMC},
