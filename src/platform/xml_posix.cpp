@@ -215,9 +215,11 @@ bool XmlDocument::charger_texte(std::string_view octets) {
         return false;
     }
     xmlResetLastError();
-    xmlDocPtr doc = xmlReadMemory(
-        octets.data(), static_cast<int>(octets.size()), nullptr, nullptr,
-        XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA);
+    // A document of a busy shop may be large; what a large document could make the
+    // parser expand (entities) is refused above and below.
+    xmlDocPtr doc = xmlReadMemory(octets.data(), static_cast<int>(octets.size()), nullptr, nullptr,
+                                  XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
+                                      XML_PARSE_NOCDATA | XML_PARSE_HUGE);
     if (doc == nullptr || xmlDocGetRootElement(doc) == nullptr) {
         const xmlError* e = xmlGetLastError();
         // An empty input is refused before any parsing, without a word from libxml2.
