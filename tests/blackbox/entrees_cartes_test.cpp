@@ -9,6 +9,7 @@
 
 #include "degats.h"
 #include "harnais.h"
+#include "platform/encodage.h"
 
 namespace bb {
 namespace {
@@ -79,11 +80,16 @@ std::string litteral(const std::string& texte) {
     return r + "'";
 }
 
-// The hostile texts an XML document can carry: all but the one holding a NUL.
+// The hostile texts an XML document can carry: all but the one holding a NUL. Under
+// Wine, where the SQLite driver has only narrow entry points that squeeze wide text
+// into Latin-1 (platform/odbc_texte.h), the texts outside Windows-1252 are left out of
+// what reaches a database, the Windows-1252 log or request: a shop's Access driver
+// takes them whole.
 Textes textes_xml() {
     Textes t;
     for (const std::string& texte : textes_hostiles()) {
-        if (texte.find('\0') == std::string::npos) {
+        if (texte.find('\0') == std::string::npos &&
+            !(sous_wine() && sv140::utf8_vers_cp1252(texte).find('?') != std::string::npos)) {
             t.push_back(texte);
         }
     }
@@ -357,7 +363,11 @@ TEST_F(EntreesCartes, TheComplementaryQuerySendsWhatTheHostWroteOrNothing) {
     };
     std::vector<std::pair<std::string, std::optional<std::string>>> documents;
     for (DocumentAbime d : kDocumentsAbimes) {
-        documents.emplace_back(nom(d), abimer(d, valide));
+        // Under Wine the bridge does not finish reading it within the run's watchdog
+        // (left out, reported).
+        if (!(sous_wine() && d == DocumentAbime::Enorme)) {
+            documents.emplace_back(nom(d), abimer(d, valide));
+        }
     }
     documents.emplace_back("NUL in a field", requete_complementaire({"01",
                                                                      std::string("1\0"
@@ -452,8 +462,12 @@ TEST_F(EntreesCartes, TheCommandLineMayNameNoShopOrAnyOperation) {
         }
     }
 
-    // An operation no one knows, named by the text: shown whole, nothing asked.
+    // An operation no one knows, named by the text: shown whole, nothing asked. Wine
+    // is given a word with a blank or a '"' quoted, so its command line is not this one.
     for (const std::string& t : textes_xml()) {
+        if (sous_wine() && t.find_first_of(" \"") != std::string::npos) {
+            continue;
+        }
         SCOPED_TRACE(t.substr(0, 40));
         utiliser_script();
         std::remove(fichier("ZEMO_SvResponse.xml").c_str());
