@@ -13,16 +13,13 @@
 #include "main/dispatch.h"
 #include "platform/systeme.h"
 #include "platform/ui_console.h"
-#include "tools/outils.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t taille) {
     using namespace sv140;
-    // The run writes its log in the program folder: one folder for the process.
-    static const std::string dossier = [] {
-        auto p = std::filesystem::temp_directory_path() / "sv140-fuzz-ligne";
-        std::filesystem::create_directories(p);
-        return p.string();
-    }();
+    // A program folder that does not exist: the run's log lines are made, and written
+    // nowhere.
+    static const std::string dossier =
+        (std::filesystem::temp_directory_path() / "sv140-fuzz-absent" / "SV140").string();
     std::vector<std::string> mots(1, "sv140");
     mots.emplace_back();
     for (std::size_t i = 0; i < taille; ++i) {
@@ -39,7 +36,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* octets, std::size_t ta
     argv.push_back(nullptr);
     const std::string ligne = ligne_de_commande(static_cast<int>(mots.size()), argv.data());
 
-    Vider_Log(dossier);
     static std::istringstream entree;
     static std::ostream sortie(nullptr);
     Run run = nouveau_run(dossier, creer_ui_console(nullptr, entree, sortie));
