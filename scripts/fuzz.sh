@@ -31,10 +31,11 @@ lanceur=()
 if command -v ccache >/dev/null; then
   lanceur=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 fi
+mkdir -p "$build"
 cmake -S "$racine" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 "${lanceur[@]}" \
-  -DSV140_FUZZ=ON -DSV140_SANITIZE=ON -DSV140_TESTS=OFF >"$build.cmake.log" 2>&1 ||
-  { cat "$build.cmake.log"; exit 1; }
+  -DSV140_FUZZ=ON -DSV140_SANITIZE=ON -DSV140_TESTS=OFF >"$build/cmake.log" 2>&1 ||
+  { cat "$build/cmake.log"; exit 1; }
 cmake --build "$build" -j2 --target "${cibles[@]/#/fuzz_}"
 
 # The store targets' shop is rewritten for each input: in memory when the machine has
