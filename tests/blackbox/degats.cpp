@@ -104,6 +104,12 @@ Degat::Degat(BaseAbimee b, std::string base, const std::string& table, const std
             ecriture_.emplace(base_);
             break;
         case BaseAbimee::ColonneManquante:
+            // SQLite refuses to drop an indexed column; an older file has neither.
+            for (const Textes& index :
+                 sql(base_, "SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = '" +
+                                table + "' AND sql LIKE '%" + colonne + "%'")) {
+                sql(base_, "DROP INDEX [" + index[0] + "]");
+            }
             sql(base_, "ALTER TABLE [" + table + "] DROP COLUMN [" + colonne + "]");
             break;
     }
