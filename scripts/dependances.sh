@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs, from Debian's packages, everything sv140 needs to build, run its demo and
-# run its tests: the Linux build's tools and libraries, the mingw-w64 cross compiler
+# Installs, from Debian's packages, everything sv140 needs to build, run its demo,
+# run its tests and fuzz it: the Linux build's tools and libraries, the mingw-w64 cross compiler
 # for the 32-bit Windows programs, and Wine with its 32-bit ODBC driver manager and
 # SQLite driver, which run the Windows programs and their tests on this machine, with
 # Wine's own fonts and a virtual display on which the tests picture its windows.
@@ -21,6 +21,7 @@ paquets=(
   libsane-dev sane-utils
   imagemagick qpdf poppler-utils
   faketime
+  clang-14 libclang-rt-14-dev time
   libturbojpeg0-dev
   g++-mingw-w64-i686 dpkg-dev
   wine wine32:i386

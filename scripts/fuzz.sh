@@ -26,7 +26,7 @@ fi
 # The store targets run a whole operation on a shop per input: they get most of the time.
 declare -A secondes_ci=([reponse]=70 [hote]=60 [access_sql]=15 [ligne_commande]=15 [encodage]=15)
 
-export CCACHE_BASEDIR=/work CCACHE_NOHASHDIR=true
+"$racine/scripts/dependances.sh"
 lanceur=()
 if command -v ccache >/dev/null; then
   lanceur=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
