@@ -61,6 +61,10 @@ std::string chemin_ansi(const std::string& chemin);
 /// Win32 CopyFile contract). True on success.
 bool copier_fichier_systeme(const std::string& source, const std::string& destination,
                             bool echec_si_existe);
+/// Removes from `dossier` the partial copies that `copier_fichier_systeme` left there
+/// when its process was killed midway, never one that a live process, of this
+/// workstation or another, is still writing. Returns how many were removed.
+int supprimer_copies_abandonnees(const std::string& dossier);
 
 /// How a program is started by `lancer_programme`.
 struct Lancement {

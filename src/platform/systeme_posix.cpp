@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -23,6 +24,11 @@ extern char** environ;
 namespace sv140 {
 
 namespace {
+
+/// The name of a copy while it is written, beside its destination. Short, because the
+/// destination's own name may already use the whole length a file system allows for
+/// one component.
+constexpr const char* kPrefixeCopie = ".sv140-copie-";
 
 /// A file descriptor closed on scope exit.
 class Descripteur {
@@ -230,18 +236,36 @@ bool copier_fichier_systeme(const std::string& source, const std::string& destin
         return false;
     }
 
-    // The copy is written under a short temporary name in the destination folder and
-    // renamed at the end, so that the host never sees a half-copied file. The name is
-    // short because the destination's own name may already use the whole length a
-    // file system allows for one component.
+    // The copy is written under a temporary name in the destination folder and renamed
+    // at the end, so that the host never sees a half-copied file. It holds a lock on
+    // that file until then: a later run that finds the file unlocked knows its writer
+    // is dead (supprimer_copies_abandonnees). A file cleared between its creation and
+    // its lock is made again under another name.
     std::string dossier = dossier_parent(destination);
-    std::string temporaire =
-        joindre(dossier.empty() ? std::string_view(".") : dossier, ".sv140-copie-XXXXXX");
-    int fd = ::mkostemp(temporaire.data(), O_CLOEXEC);
-    if (fd < 0) {
+    std::string temporaire;
+    int pris = -1;
+    for (int essai = 0; essai < 3 && pris < 0; ++essai) {
+        temporaire = joindre(dossier.empty() ? std::string_view(".") : dossier,
+                             std::string(kPrefixeCopie) + "XXXXXX");
+        Descripteur fd(::mkostemp(temporaire.data(), O_CLOEXEC));
+        struct stat lie;
+        if (!fd.valide()) {
+            return false;
+        }
+        // Where the file system has no such locks the copy goes on without one, and no
+        // run ever clears it.
+        (void)::flock(fd.get(), LOCK_EX);
+        if (::fstat(fd.get(), &lie) != 0 || lie.st_nlink > 0) {
+            pris = fd.liberer();
+        }
+    }
+    if (pris < 0) {
         return false;
     }
-    Descripteur sortie(fd);
+    Descripteur sortie(pris);
+    // The lock outlives the close that reports late write errors, until the copy has
+    // its name.
+    Descripteur verrou(::dup(pris));
     bool ecrit = true;
     char tampon[65536];
     for (;;) {
@@ -285,6 +309,19 @@ bool copier_fichier_systeme(const std::string& source, const std::string& destin
     }
     ::unlink(temporaire.c_str());
     return place;
+}
+
+int supprimer_copies_abandonnees(const std::string& dossier) {
+    int supprimees = 0;
+    for (const std::string& nom : lister_fichiers(dossier, std::string(kPrefixeCopie) + "*")) {
+        const std::string chemin = joindre(dossier, nom);
+        Descripteur fd(ouvrir(chemin, O_RDONLY));
+        if (fd.valide() && ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0 &&
+            ::unlink(chemin.c_str()) == 0) {
+            ++supprimees;
+        }
+    }
+    return supprimees;
 }
 
 int lancer_programme(const std::string& programme, const Lancement& lancement) {

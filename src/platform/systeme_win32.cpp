@@ -378,6 +378,11 @@ bool copier_fichier_systeme(const std::string& source, const std::string& destin
                        echec_si_existe ? TRUE : FALSE) != 0;
 }
 
+int supprimer_copies_abandonnees(const std::string&) {
+    // CopyFile writes the destination itself: it leaves no copy under a name of ours.
+    return 0;
+}
+
 int lancer_programme(const std::string& programme, const Lancement& lancement) {
     std::wstring ligne = L"\"" + large(programme) + L"\"";
     for (const std::string& argument : lancement.arguments) {

@@ -95,6 +95,7 @@ std::string ArchiverFichierScor(Run& run, const std::string& chemin, const std::
         creer_dossier(mois);
     }
     dossier_mois = mois + separateur();
+    supprimer_copies_abandonnees(mois);
     const std::string source = run.fichier(nom);
     if (nom.empty() || !fichier_existe(source)) {
         return {};
