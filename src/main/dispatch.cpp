@@ -229,6 +229,11 @@ bool Executer_Run(Run& run, const std::string& ligne) {
     }
     run.log(std::string("Retour_Reponse : ") + (run.Retour_Reponse ? "True" : "False"));
     if (run.Retour_Reponse) {
+        // The middleware's answer is archived before anything is stored from it: a run
+        // killed while storing leaves it where the next run, which starts by removing
+        // the exchange files, does not reach it.
+        Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete),
+                         run.fichier(fichiers::kReponse));
         phase_reponse(run);
     }
 
