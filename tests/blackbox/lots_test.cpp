@@ -1,8 +1,6 @@
 // The lots the middleware sent, recorded invoice by invoice on the host's slips: lot
 // numbers, the internal lot, the paying organisation and its regime. The middleware has
 // already sent the lot, so every invoice recorded stays recorded whatever happens next.
-#include <random>
-
 #include "facturation.h"
 
 namespace bb {
@@ -174,79 +172,6 @@ TEST_F(Lots, AnswersThatRecordNothing) {
         EXPECT_EQ(resultat(fichier("ZEMO_Response.xml")), c.reponse) << c.nom;
         EXPECT_EQ(bordereaux(), avant) << c.nom;
     }
-}
-
-}  // namespace
-}  // namespace bb
-
-namespace bb {
-namespace {
-
-// A run killed at any point of a 1 000-invoice lot keeps every invoice it had finished
-// recording and leaves the one in progress untouched.
-TEST_F(Lots, AKilledRunKeepsEveryInvoiceItFinishedAndNoHalfOfAnother) {
-    if (sous_wine()) {
-        GTEST_SKIP() << "the kill points are timed on the native bridge";
-    }
-    constexpr int n = 1000;
-    sql(pont(),
-        "DELETE FROM T_InfosBordereaux; DELETE FROM T_InfosFacture;"
-        "UPDATE T_InfoParam SET Taille_Buffer = 4000000;"
-        "WITH RECURSIVE k(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM k WHERE i < 1000)"
-        " INSERT INTO T_InfosBordereaux (Info_Bordereau_numFacture) SELECT i FROM k;"
-        "INSERT INTO T_InfosFacture (Info_Facture_NUMFAC)"
-        " SELECT Info_Bordereau_numFacture FROM T_InfosBordereaux;");
-    std::vector<FactureEnvoyee> lot;
-    for (int i = 1; i <= n; ++i) {
-        const std::string caisse = std::to_string(100 + i % 20);
-        lot.push_back({std::to_string(i), std::to_string(i % 20 + 1), "03", caisse, "0001",
-                       "CAISSE " + caisse});
-    }
-    const std::string reponse_lot = reponse("f_EnvoyerToutesFactures", "0", "", donnees_envoi(lot));
-
-    std::mt19937 alea(std::random_device{}());
-    double delai = 0.2;
-    int partiels = 0;
-    for (int essai = 0; essai < 60 && partiels < 4; ++essai) {
-        sql(pont(),
-            "UPDATE T_InfosBordereaux SET Info_Adresse_ID_FK = NULL,"
-            " Info_Bordereau_ID_lotInterne = NULL, Info_Bordereau_Regroupement = NULL,"
-            " Info_Bordereau_LibelRegroupement = NULL, Info_Bordereau_NumLot_FSE = NULL;"
-            "UPDATE T_InfosFacture SET Info_Facture_Nlot = NULL;"
-            "DELETE FROM T_InfosAdresse;");
-        utiliser_script();
-        scripter(1, reponse_lot);
-        tuer_apres = delai * std::uniform_real_distribution<double>(0.6, 1.4)(alea);
-        (void)operation("f_EnvoyerToutesFactures");
-        tuer_apres = 0;
-
-        // Each slip is wholly recorded (its organisation included) or untouched, and
-        // the recorded ones are those the run reached first.
-        const Lignes etat = sql(
-            pont(),
-            "SELECT count(*),"
-            " sum((b.Info_Bordereau_NumLot_FSE IS NULL) + (b.Info_Bordereau_ID_lotInterne IS NULL)"
-            " + (b.Info_Bordereau_LibelRegroupement IS NULL) + (a.Info_Adresse_ID IS NULL)"
-            " + (f.Info_Facture_Nlot IS NULL) NOT IN (0, 5)),"
-            " coalesce(max(CASE WHEN f.Info_Facture_Nlot IS NOT NULL THEN b.Info_Bordereau_ID END)"
-            " < min(CASE WHEN f.Info_Facture_Nlot IS NULL THEN b.Info_Bordereau_ID END), 1),"
-            " count(f.Info_Facture_Nlot)"
-            " FROM T_InfosBordereaux b JOIN T_InfosFacture f"
-            " ON f.Info_Facture_NUMFAC = b.Info_Bordereau_numFacture"
-            " LEFT JOIN T_InfosAdresse a ON a.Info_Adresse_ID = b.Info_Adresse_ID_FK");
-        ASSERT_EQ(etat[0][0], std::to_string(n));
-        ASSERT_EQ(etat[0][1], "0") << "half-recorded invoices after a kill at " << tuer_apres;
-        ASSERT_EQ(etat[0][2], "1") << "an invoice recorded after one left out";
-        const int enregistrees = std::stoi(etat[0][3]);
-        if (enregistrees == 0) {
-            delai *= 1.5;
-        } else if (enregistrees == n) {
-            delai *= 0.6;
-        } else {
-            ++partiels;
-        }
-    }
-    EXPECT_GE(partiels, 1) << "no kill landed inside the lot; last delay " << delai;
 }
 
 }  // namespace
