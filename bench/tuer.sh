@@ -19,6 +19,6 @@ printf '%-28s %6s %7s %9s %10s\n' operation kills inside failures leftovers
 awk '/^tuer / { printf "%-28s %6s %7s %9s %10s\n", $2, $4, $6, $8, $11 }' "$journal"
 if [ "$statut" -ne 0 ]; then
   echo "tuer.sh : some checks failed:" >&2
-  grep -E -A6 'Failure$' "$journal" | head -80 >&2
+  awk '/Failure$/ { n = 7 } n-- > 0' "$journal" | sed -n 1,80p >&2
 fi
 exit "$statut"
