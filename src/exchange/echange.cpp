@@ -58,6 +58,7 @@ void Reponse_Erreur(Run& run, std::string_view code, std::string_view message,
     resultat.ajouter("libelleErreur", message);
     run.log("Reponse_Erreur : " + std::string(code) + " : " + std::string(message) + " (" +
             std::string(appelant) + ")");
+    run.echange_archive = false;
     if (!doc.enregistrer(run.fichier(kReponse))) {
         run.log("Impossible d'écrire " + run.fichier(kReponse));
     }
@@ -161,6 +162,7 @@ std::string Nettoyer_Reponse(std::string_view reponse) {
 }
 
 void Ecrire_Reponse(Run& run, std::string_view reponse) {
+    run.echange_archive = false;
     if (!ecrire_fichier(run.fichier(kReponse), Nettoyer_Reponse(reponse) + "\r\n")) {
         run.log("Impossible d'écrire " + run.fichier(kReponse));
     }

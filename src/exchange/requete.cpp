@@ -50,6 +50,7 @@ void Requete::ajouter_PS(const IdentifiantsPS& ps, bool avec_numSitu, bool avec_
 
 Statut Requete::enregistrer(Run& run) const {
     std::string chemin = run.fichier(fichiers::kRequete);
+    run.echange_archive = false;
     if (!doc_.enregistrer(chemin)) {
         return Statut::Echec("Impossible d'écrire la requête " + chemin);
     }

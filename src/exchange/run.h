@@ -32,6 +32,9 @@ struct Run {
     /// The size of the last answer buffer given to the middleware: an answer that did
     /// not fit, and whose error text does not say how large it is, gets a larger one.
     long tampon = 0;
+    /// The exchange files as they stand are in the archive: the end of the run does not
+    /// copy them a second time. Any write to either file clears it.
+    bool echange_archive = false;
 
     std::unique_ptr<Ui> ui;
     std::unique_ptr<Connexions> cnx;

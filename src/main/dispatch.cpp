@@ -232,13 +232,17 @@ bool Executer_Run(Run& run, const std::string& ligne) {
         // The middleware's answer is archived before anything is stored from it: a run
         // killed while storing leaves it where the next run, which starts by removing
         // the exchange files, does not reach it.
-        Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete),
-                         run.fichier(fichiers::kReponse));
+        run.echange_archive =
+            Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete),
+                             run.fichier(fichiers::kReponse));
         phase_reponse(run);
     }
 
     const std::string reponse = run.fichier(fichiers::kReponse);
-    Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete), reponse);
+    if (!run.echange_archive) {
+        Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete),
+                         reponse);
+    }
     // The archive keeps what the middleware said; the host always gets a document it
     // can read.
     XmlDocument doc;

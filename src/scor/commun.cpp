@@ -54,8 +54,9 @@ Statut Echanger(Run& run, const Requete& requete, std::string_view fonction) {
     if (run.interruption) {
         return Statut::Deja_Repondu(*run.interruption);
     }
-    Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete),
-                     run.fichier(fichiers::kReponse));
+    run.echange_archive =
+        Archiver_Echange(*run.ui, run.F_Appel, run.Chemin, run.fichier(fichiers::kRequete),
+                         run.fichier(fichiers::kReponse));
     return {};
 }
 

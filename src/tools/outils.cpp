@@ -10,6 +10,11 @@
 namespace sv140 {
 
 namespace {
+// Exchanges one operation archives within a second: a transfer sends hundreds.
+constexpr int kArchivesParSeconde = 100000;
+}  // namespace
+
+namespace {
 
 constexpr const char* kFichierLog = "LogsSV.txt";
 constexpr std::size_t kLargeurZone = 14;
@@ -75,7 +80,7 @@ void Nettoyer_Restes(const std::string& dossier_programme, std::string_view doss
         joindre(joindre(dossier_donnees, "Sv140"), Format_Date(maintenant_local(), "%Y%m")));
 }
 
-void Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,
+bool Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,
                       const std::string& requete, const std::string& reponse) {
     const std::tm t = maintenant_local();
 
@@ -89,17 +94,32 @@ void Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossi
         creer_dossier(mois);
     }
 
-    const std::string suffixe = std::string(operation) + "_" + Format_Date(t, "%Y%m%d") + "_" +
-                                Format_Date(t, "%H%M%S") + ".xml";
-    const struct {
-        const std::string& fichier;
-        const char* prefixe;
-    } copies[] = {{reponse, "RSP_"}, {requete, "REQ_"}};
-    for (const auto& copie : copies) {
-        if (fichier_existe(copie.fichier)) {
-            Copier_Fichier(copie.fichier, joindre(mois, copie.prefixe + suffixe), true);
+    const std::string nom =
+        std::string(operation) + "_" + Format_Date(t, "%Y%m%d") + "_" + Format_Date(t, "%H%M%S");
+    const bool avec_reponse = fichier_existe(reponse);
+    const bool avec_requete = fichier_existe(requete);
+    // The answer takes the first free name (never over another's, even when a workstation
+    // archives at the same instant), and the request the same name. Within one run the
+    // search starts after the run's last name of the same second.
+    static std::string dernier_nom;
+    static int dernier_numero = 0;
+    const int premier = nom == dernier_nom ? dernier_numero + 1 : 1;
+    for (int n = premier; n <= kArchivesParSeconde; ++n) {
+        const std::string suffixe = nom + (n == 1 ? "" : "_" + std::to_string(n)) + ".xml";
+        const std::string rsp = joindre(mois, "RSP_" + suffixe);
+        const std::string req = joindre(mois, "REQ_" + suffixe);
+        if (avec_reponse ? !Copier_Fichier(reponse, rsp, false)
+                         : (fichier_existe(rsp) || fichier_existe(req))) {
+            if (avec_reponse && !fichier_existe(rsp)) {
+                return false;  // not a name taken: the copy itself failed
+            }
+            continue;
         }
+        dernier_nom = nom;
+        dernier_numero = n;
+        return !avec_requete || Copier_Fichier(requete, req, true);
     }
+    return false;
 }
 
 bool Copier_Fichier(const std::string& source, const std::string& destination, bool ecraser) {

@@ -27,9 +27,11 @@ void Vider_Log(const std::string& dossier_programme);
 void Nettoyer_Restes(const std::string& dossier_programme, std::string_view dossier_donnees);
 
 /// Copies the request and the response files, when they exist, under
-/// <data folder>/Sv140/YYYYMM/ as REQ_ and RSP_<operation>_<date>_<time>.xml. A missing
-/// archive root is announced on `ui`, then created.
-void Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,
+/// <data folder>/Sv140/YYYYMM/ as REQ_ and RSP_<operation>_<date>_<time>.xml, never over
+/// an earlier exchange: a second one in the same second, of this run or of another
+/// workstation, is _<date>_<time>_2.xml, and so on. A missing archive root is announced
+/// on `ui`, then created. False when a file could not be copied.
+bool Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,
                       const std::string& requete, const std::string& reponse);
 
 /// Copies a file; refused when either path is 261 characters or longer. With

@@ -1,6 +1,7 @@
 // The exchange with the middleware, through a middleware that plays a script: the
 // requests it receives, what becomes of its answers, its errors and its oversized
 // answers, the archive and the answer the host reads.
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 
@@ -211,6 +212,28 @@ TEST_F(Echange, ABrokenBufferSettingStillLetsCallsThrough) {
     EXPECT_EQ(lire(script("taille_2")), "409601");
     EXPECT_EQ(lire(script("taille_3")), "1638405");
     EXPECT_EQ(versions(), Lignes{version_stockee("7.2")});
+}
+
+TEST_F(Echange, EveryExchangeKeepsItsOwnArchive) {
+    // Two runs in the same second (natively the clock stands still): neither archive
+    // takes the other's place.
+    for (const char* dll : {"7.3", "7.4"}) {
+        utiliser_script();
+        scripter(1, reponse_version(dll));
+        ASSERT_TRUE(fin_propre(operation("f_LireVersion")));
+    }
+    Textes reponses, requetes;
+    for (const auto& f : std::filesystem::recursive_directory_iterator(magasin + "/Sv140")) {
+        const std::string nom = f.path().filename().string();
+        if (nom.starts_with("RSP_f_LireVersion_")) {
+            reponses.push_back(xml(f.path().string(), "//versionDll").at(0));
+        } else if (nom.starts_with("REQ_f_LireVersion_")) {
+            requetes.push_back(nom);
+        }
+    }
+    std::sort(reponses.begin(), reponses.end());
+    EXPECT_EQ(reponses, (Textes{"7.3", "7.4"}));
+    EXPECT_EQ(requetes.size(), 2u);
 }
 
 TEST_F(Echange, QuietCodesShowNoBox) {

@@ -479,12 +479,18 @@ std::string BoiteNoire::horloge(const char* format) const {
 }
 
 std::optional<std::string> BoiteNoire::archive(const std::string& prefixe) const {
-    // The latest first: a run before this one may have archived in its first second.
+    // The latest first: a run before this one may have archived in its first second, and
+    // under the fixed clock every run archives in the same second (_2, _3… after the
+    // first).
     for (std::time_t t = fin_; t >= debut_; --t) {
         const std::string nom = magasin + "/Sv140/" + formater(t, "%Y%m") + "/" + prefixe +
-                                formater(t, "%Y%m%d_%H%M%S") + ".xml";
-        if (existe(nom)) {
-            return lire(nom);
+                                formater(t, "%Y%m%d_%H%M%S");
+        std::optional<std::string> dernier;
+        for (int n = 1; existe(nom + (n == 1 ? "" : "_" + std::to_string(n)) + ".xml"); ++n) {
+            dernier = nom + (n == 1 ? "" : "_" + std::to_string(n)) + ".xml";
+        }
+        if (dernier) {
+            return lire(*dernier);
         }
     }
     return std::nullopt;
