@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 kills="${1:-200}"
-export CCACHE_BASEDIR=/work CCACHE_NOHASHDIR=true
+scripts/dependances.sh
 [ -f build/CMakeCache.txt ] || cmake -S . -B build -DSV140_TESTS=ON >/dev/null
 cmake --build build -j2 --target sv140_blackbox_tests >/dev/null
 journal=$(mktemp /tmp/sv140-tuer.XXXXXX)
