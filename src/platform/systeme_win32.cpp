@@ -372,15 +372,62 @@ std::string chemin_ansi(const std::string& chemin) {
     return ansi;
 }
 
+namespace {
+constexpr const char* kPrefixeCopie = ".sv140-copie-";
+// A copy under our name this old was left by a killed run: a live one gets its name
+// within the second.
+constexpr ULONGLONG kAgeCopieAbandonnee = 60ULL * 10000000ULL;  // in 100 ns
+}  // namespace
+
 bool copier_fichier_systeme(const std::string& source, const std::string& destination,
                             bool echec_si_existe) {
-    return ::CopyFileW(large(source).c_str(), large(destination).c_str(),
-                       echec_si_existe ? TRUE : FALSE) != 0;
+    // The copy is written under a short name of ours in the destination folder, then
+    // given its name in one step: a run killed midway never leaves the host half an
+    // answer, nor the archive half an exchange.
+    static unsigned long numero = 0;
+    const std::string dossier = dossier_parent(destination);
+    const std::wstring temporaire = large(joindre(
+        dossier.empty() ? std::string_view(".") : dossier,
+        kPrefixeCopie + std::to_string(::GetCurrentProcessId()) + "-" + std::to_string(++numero)));
+    if (!::CopyFileW(large(source).c_str(), temporaire.c_str(), FALSE)) {
+        ::DeleteFileW(temporaire.c_str());
+        return false;
+    }
+    // Without MOVEFILE_REPLACE_EXISTING the move refuses an existing destination, in the
+    // same step.
+    const bool place = ::MoveFileExW(temporaire.c_str(), large(destination).c_str(),
+                                     echec_si_existe ? 0 : MOVEFILE_REPLACE_EXISTING) != 0;
+    if (!place) {
+        ::DeleteFileW(temporaire.c_str());
+    }
+    return place;
 }
 
-int supprimer_copies_abandonnees(const std::string&) {
-    // CopyFile writes the destination itself: it leaves no copy under a name of ours.
-    return 0;
+int supprimer_copies_abandonnees(const std::string& dossier) {
+    FILETIME maintenant;
+    ::GetSystemTimeAsFileTime(&maintenant);
+    const auto valeur = [](const FILETIME& t) {
+        return (static_cast<ULONGLONG>(t.dwHighDateTime) << 32) | t.dwLowDateTime;
+    };
+    int supprimees = 0;
+    WIN32_FIND_DATAW trouve;
+    HANDLE h = ::FindFirstFileExW(large(joindre(dossier, std::string(kPrefixeCopie) + "*")).c_str(),
+                                  FindExInfoBasic, &trouve, FindExSearchNameMatch, nullptr, 0);
+    if (h == INVALID_HANDLE_VALUE) {
+        return 0;
+    }
+    do {
+        // A copy still being written is open without delete sharing: it cannot go.
+        if ((trouve.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+            valeur(maintenant) - valeur(trouve.ftCreationTime) > kAgeCopieAbandonnee &&
+            ::DeleteFileW(
+                large(joindre(dossier, etroit(trouve.cFileName, std::wcslen(trouve.cFileName))))
+                    .c_str())) {
+            ++supprimees;
+        }
+    } while (::FindNextFileW(h, &trouve));
+    ::FindClose(h);
+    return supprimees;
 }
 
 int lancer_programme(const std::string& programme, const Lancement& lancement) {
