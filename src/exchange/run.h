@@ -35,6 +35,8 @@ struct Run {
     /// The exchange files as they stand are in the archive: the end of the run does not
     /// copy them a second time. Any write to either file clears it.
     bool echange_archive = false;
+    /// The run before this one in the program folder was killed before its end.
+    bool precedente_interrompue = false;
 
     std::unique_ptr<Ui> ui;
     std::unique_ptr<Connexions> cnx;

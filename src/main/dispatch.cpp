@@ -217,7 +217,7 @@ bool Executer_Run(Run& run, const std::string& ligne) {
     run.log("F_Appel : " + run.F_Appel);
     run.log("DB_DONNEES : " + run.DB_DONNEES);
     run.log("DB_sv : " + run.DB_sv);
-    Nettoyer_Restes(run.dossier_programme, run.Chemin);
+    Nettoyer_Restes(run.dossier_programme, run.Chemin, run.precedente_interrompue);
 
     phase_requete(run);
     if (run.interruption) {

@@ -25,8 +25,20 @@ int main(int argc, char** argv) {
         return 3;
     }
 
+    // A run marks the lock file while it works: the mark still there when the next run
+    // takes the lock says this one was killed, and only then is the month's archive,
+    // thousands of files in a busy shop, searched for the partial copies it left.
+    constexpr char kEnCours = '1', kTermine = '0';
+    const bool interrompue = verrou->marque() == kEnCours;
+    verrou->marquer(kEnCours);
+    struct Fin {
+        Verrou& v;
+        ~Fin() { v.marquer(kTermine); }
+    } fin{*verrou};
+
     Vider_Log(dossier);
     Run run = nouveau_run(dossier);
+    run.precedente_interrompue = interrompue;
     try {
         if (!Executer_Run(run, ligne_de_commande(argc, argv))) {
             // Nothing more can be done for the host: the run ends here.

@@ -115,10 +115,15 @@ std::string chemin_absolu(const std::string& chemin);
 /// drive letters: there it gets the system's own path. Elsewhere, `chemin` itself.
 std::string chemin_pour_pilote(const std::string& chemin);
 
-/// An exclusive lock on a file, held until destruction.
+/// An exclusive lock on a file, held until destruction. The file's first byte is a mark
+/// its holder may set: it stays when the holder is killed.
 class Verrou {
   public:
     virtual ~Verrou() = default;
+    /// The file's first byte, '\0' for an empty file.
+    virtual char marque() = 0;
+    /// Writes `m` as the file's first byte. False when it could not be written.
+    virtual bool marquer(char m) = 0;
 };
 /// Takes the lock on `chemin` (created when missing), waiting at most `delai`.
 /// Null when it could not be had in time.

@@ -115,6 +115,11 @@ class VerrouPosix : public Verrou {
     explicit VerrouPosix(int fd) : fd_(fd) {}
     // Closing the descriptor releases an open-file-description lock.
     ~VerrouPosix() override = default;
+    char marque() override {
+        char m = '\0';
+        return ::pread(fd_.get(), &m, 1, 0) == 1 ? m : '\0';
+    }
+    bool marquer(char m) override { return ::pwrite(fd_.get(), &m, 1, 0) == 1; }
 
   private:
     Descripteur fd_;

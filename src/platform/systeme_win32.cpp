@@ -203,6 +203,17 @@ class VerrouWin32 : public Verrou {
     }
     VerrouWin32(const VerrouWin32&) = delete;
     VerrouWin32& operator=(const VerrouWin32&) = delete;
+    char marque() override {
+        char m = '\0';
+        OVERLAPPED debut{};
+        DWORD lus = 0;
+        return ::ReadFile(h_, &m, 1, &lus, &debut) && lus == 1 ? m : '\0';
+    }
+    bool marquer(char m) override {
+        OVERLAPPED debut{};
+        DWORD ecrits = 0;
+        return ::WriteFile(h_, &m, 1, &ecrits, &debut) && ecrits == 1;
+    }
 
   private:
     HANDLE h_;

@@ -71,13 +71,16 @@ void Vider_Log(const std::string& dossier_programme) {
     ecrire_fichier(joindre(dossier_programme, kFichierLog), "");
 }
 
-void Nettoyer_Restes(const std::string& dossier_programme, std::string_view dossier_donnees) {
+void Nettoyer_Restes(const std::string& dossier_programme, std::string_view dossier_donnees,
+                     bool interrompue) {
     supprimer_copies_abandonnees(dossier_programme);
     for (const char* provisoire : {"*.partiel", "*.tmp"}) {
         supprimer_fichiers(dossier_programme, provisoire);
     }
-    supprimer_copies_abandonnees(
-        joindre(joindre(dossier_donnees, "Sv140"), Format_Date(maintenant_local(), "%Y%m")));
+    if (interrompue) {
+        supprimer_copies_abandonnees(
+            joindre(joindre(dossier_donnees, "Sv140"), Format_Date(maintenant_local(), "%Y%m")));
+    }
 }
 
 bool Archiver_Echange(Ui& ui, std::string_view operation, std::string_view dossier_donnees,

@@ -22,9 +22,10 @@ std::string Ligne_Log(const std::tm& t, std::string_view message);
 void Vider_Log(const std::string& dossier_programme);
 
 /// Clears what a run killed midway left behind: the scan pages and images written under
-/// a provisional name in the program folder, and the partial copies there and in this
-/// month's archive of exchanges.
-void Nettoyer_Restes(const std::string& dossier_programme, std::string_view dossier_donnees);
+/// a provisional name in the program folder, and the partial copies there and, after a
+/// killed run (`interrompue`), in this month's archive of exchanges.
+void Nettoyer_Restes(const std::string& dossier_programme, std::string_view dossier_donnees,
+                     bool interrompue);
 
 /// Copies the request and the response files, when they exist, under
 /// <data folder>/Sv140/YYYYMM/ as REQ_ and RSP_<operation>_<date>_<time>.xml, never over
