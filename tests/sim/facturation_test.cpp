@@ -348,19 +348,5 @@ TEST_F(Facturation, PanneInjecteeUneSeuleFois) {
     EXPECT_EQ(Lire_Factures(zrsim_).size(), 1u);
 }
 
-TEST_F(Facturation, GrosEnvoiRecupereEnEntier) {
-    semer(std::vector<FactureSimulee>(1000, facture(0, "01", "751", "0441")));
-    const Resultat court = appeler(requete("f_EnvoyerToutesFactures", kPs), 4096);
-    ASSERT_EQ(court.code(), "271");
-    const Resultat r =
-        appeler(requete("f_RecupMessage", "<ordreEnErreur>f_EnvoyerToutesFactures</ordreEnErreur>"),
-                1 << 22);
-    const std::vector<std::string> numeros =
-        r.textes("donnees/donneesEnvoi/lot/donneesFacture/numeroFacture");
-    EXPECT_EQ(numeros.size(), 1000u);
-    EXPECT_EQ(numeros.back(), "1000");
-    EXPECT_EQ(en_attente(), std::vector<std::string>{});
-}
-
 }  // namespace
 }  // namespace sv140::sim::test
